@@ -1,0 +1,42 @@
+#include "app/CommandLine.h"
+
+using namespace Qt::StringLiterals;
+
+TCommandLine ParseCommandLine(int argc, char **argv) {
+  TCommandLine cl;
+  for (int i = 1; i < argc; ++i) {
+    const QString arg = QString::fromLocal8Bit(argv[i]);
+    if (arg == u"--help"_s || arg == u"-h"_s) {
+      cl.Help = true;
+    } else if (arg == u"--version"_s || arg == u"-v"_s) {
+      cl.Version = true;
+    } else if (arg == u"--home"_s) {
+      if (i + 1 >= argc) {
+        cl.Error = u"--home needs a folder"_s;
+        return cl;
+      }
+      cl.Home = QString::fromLocal8Bit(argv[++i]);
+    } else if (arg.startsWith(u"--home="_s)) {
+      cl.Home = arg.mid(7);
+    } else if (arg.startsWith(u'-') && !arg.startsWith(u"-platform"_s)) {
+      // Qt's own options (-platform, -style ...) pass through to the toolkit.
+      cl.Error = u"unknown option: "_s + arg;
+      return cl;
+    }
+  }
+  return cl;
+}
+
+QString UsageText() {
+  return u"Usage: trunkdesk [--home DIR] [--help] [--version]\n"
+         u"\n"
+         u"Trunkdesk, the attendant console of an IP telephone exchange.\n"
+         u"\n"
+         u"  --home DIR   keep settings, language packs, the database and the log in DIR\n"
+         u"               (default: the folder of the program); missing files are\n"
+         u"               copied in at start, nothing present is overwritten\n"
+         u"  --version    print the version and exit\n"
+         u"  --help       print this text and exit\n"_s;
+}
+
+QString VersionText() { return u"Trunkdesk ver5.2"_s; }

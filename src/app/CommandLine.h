@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+
+// trunkdesk [--home DIR] [--help] [--version]
+struct TCommandLine {
+  bool Help = false;
+  bool Version = false;
+  QString Home;  // empty: the executable's folder
+  QString Error; // set when the line can't be understood
+};
+
+TCommandLine ParseCommandLine(int argc, char **argv);
+QString UsageText();
+QString VersionText(); // "Trunkdesk ver5.2"

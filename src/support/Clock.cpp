@@ -1,0 +1,17 @@
+#include "support/Clock.h"
+
+namespace {
+ClockSource &Source() {
+  static ClockSource source;
+  return source;
+}
+} // namespace
+
+QDateTime CurrentDateTime() {
+  const ClockSource &source = Source();
+  return source ? source() : QDateTime::currentDateTime();
+}
+
+TDateTime Now() { return TDateTime::FromQDateTime(CurrentDateTime()); }
+
+void SetClock(ClockSource source) { Source() = std::move(source); }

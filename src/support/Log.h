@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QDate>
+#include <QObject>
+#include <QStringList>
+
+// The Log page's memo. It holds at most 2000 lines: the line that passes that
+// clears it whole, the file keeps everything.
+class TLogMemo : public QObject {
+  Q_OBJECT
+
+public:
+  static constexpr int kMaxLines = 2000;
+
+  const QStringList &Lines() const { return m_lines; }
+  void Append(const QString &line);
+  void Clear();
+
+signals:
+  void lineAdded(const QString &line);
+  void cleared();
+
+private:
+  QStringList m_lines;
+};
+
+TLogMemo &LogMemo();
+
+// The one trace call: when the setting Debug is on, the line goes to the memo and
+// to the file of the day. Any error on the file is swallowed.
+void WriteLog(const QString &text);
+
+// The file part: opened, appended and closed for each line, so nothing is lost
+// if the program dies.
+void WriteLogFile(const QString &text);
+
+// "<program folder>/TrunkdeskLog<yyyy-MM-dd>.ini"
+QString LogFileName(const QDate &day);

@@ -1,0 +1,158 @@
+#include "support/Settings.h"
+
+#include "support/LanguagePack.h"
+#include "support/Log.h"
+#include "support/Paths.h"
+#include "support/Shell.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+IniFile &OpenIni() {
+  static IniFile ini;
+  return ini;
+}
+
+std::array<QString, kStateCodeCount> &StateCodeTable() {
+  static std::array<QString, kStateCodeCount> table = [] {
+    std::array<QString, kStateCodeCount> t;
+    t.fill(u"---"_s);
+    return t;
+  }();
+  return table;
+}
+
+constexpr std::array<int, 6> kDefaultColWidths{20, 100, 100, 100, 100, 100};
+} // namespace
+
+TSysConfig &SysConfig() {
+  static TSysConfig config;
+  return config;
+}
+
+TSettingsBindings &SettingsBindings() {
+  static TSettingsBindings bindings;
+  return bindings;
+}
+
+QString SettingsFilePath() { return AppFile(u"ini/sys.ini"_s); }
+
+const IniFile &SettingsIni() { return OpenIni(); }
+
+void LoadConfig(TSysConfig &c) {
+  IniFile &ini = OpenIni();
+  if (ini.Load(SettingsFilePath()) == IniFile::LoadResult::Unreadable) {
+    WriteLog(u"LoadConfig: cannot read "_s + SettingsFilePath());
+    TheShell().Message(MessageKind::Error, LangText(527));
+    return;
+  }
+
+  c.RecordIP = ini.ReadString(u"Record"_s, u"IP"_s, u"127.0.0.1"_s);
+  c.Host = ini.ReadString(u"host"_s, u"IP"_s, u"192.168.0.144"_s);
+  c.Port = ini.ReadString(u"host"_s, u"Port"_s, u"5003"_s);
+  c.UserName = ini.ReadString(u"User"_s, u"userName"_s, QString());
+  c.Password = ini.ReadString(u"User"_s, u"password"_s, QString());
+  c.RecPwdFlag = ini.ReadBool(u"User"_s, u"recPwdFlag"_s, false);
+  c.OutNo = ini.ReadString(u"other"_s, u"outNo"_s, u"9"_s);
+  c.LDNo = ini.ReadString(u"other"_s, u"LDNo"_s, u"0"_s);
+  c.CompanyCaption = ini.ReadString(u"company"_s, u"caption"_s, QString());
+  c.CompanyURL = ini.ReadString(u"company"_s, u"URL"_s, QString());
+  c.SMSReturnNos = ini.ReadString(u"GSM"_s, u"SMSReturnNos"_s, QString());
+  c.GSMCompany = ini.ReadString(u"GSM"_s, u"company"_s, QString());
+  for (int i = 0; i < 6; ++i)
+    c.ColWidths[i] = ini.ReadInteger(u"MainDBgrid"_s, u"ColWidths%1"_s.arg(i), kDefaultColWidths[i]);
+  c.DBFile = ini.ReadString(u"DB"_s, u"DBFile"_s, AppPath() + u"Database/Notes_DB.db"_s);
+  c.RingFlag = ini.ReadInteger(u"Ring"_s, u"Flag"_s, 0);
+  c.IncomStyle = ini.ReadInteger(u"Ring"_s, u"IncomStyle"_s, 0);
+
+  const TSettingsBindings &b = SettingsBindings();
+  if (b.IncomStyleLoaded)
+    b.IncomStyleLoaded(c.IncomStyle);
+
+  c.Debug = ini.ReadInteger(u"System"_s, u"Debug"_s, 0);
+  c.isAGMode = ini.ReadBool(u"System"_s, u"isAGMode"_s, false);
+
+  if (b.ExtsGridColumnWidths && b.SetExtsGridColumnWidth) {
+    const QList<int> widths = b.ExtsGridColumnWidths();
+    for (int col = 0; col < widths.size(); ++col)
+      b.SetExtsGridColumnWidth(
+          col, ini.ReadInteger(u"AdvStringGrid_Exts"_s, u"ColWidths%1"_s.arg(col), widths[col]));
+  }
+
+  for (int i = 0; i < kTypeVisibleCount; ++i)
+    c.TypeVisible[i] = ini.ReadBool(u"ExtsPanel"_s, u"TypeVisible%1"_s.arg(i), true);
+  c.LinkURL = ini.ReadString(u"Other"_s, u"LinkURL"_s, QString());
+}
+
+void SaveConfig(TSysConfig &c) {
+  // The file is read anew so that lines edited by hand while the console ran,
+  // and keys this version doesn't know, survive the save.
+  IniFile ini;
+  if (ini.Load(SettingsFilePath()) == IniFile::LoadResult::Unreadable) {
+    WriteLog(u"SaveConfig: cannot read "_s + SettingsFilePath());
+    TheShell().Message(MessageKind::Error, LangText(528));
+    return;
+  }
+
+  ini.WriteString(u"Record"_s, u"IP"_s, c.RecordIP);
+  ini.WriteString(u"host"_s, u"IP"_s, c.Host);
+  ini.WriteString(u"host"_s, u"Port"_s, c.Port);
+  ini.WriteString(u"user"_s, u"userName"_s, c.UserName);
+  ini.WriteString(u"user"_s, u"passWord"_s, c.Password);
+  ini.WriteBool(u"user"_s, u"recPwdFlag"_s, c.RecPwdFlag);
+  ini.WriteString(u"other"_s, u"outNo"_s, c.OutNo);
+  ini.WriteString(u"other"_s, u"lDNo"_s, c.LDNo);
+  ini.WriteString(u"company"_s, u"caption"_s, c.CompanyCaption);
+  ini.WriteString(u"Company"_s, u"URL"_s, c.CompanyURL);
+  ini.WriteString(u"GSM"_s, u"SMSReturnNos"_s, c.SMSReturnNos);
+  ini.WriteString(u"GSM"_s, u"company"_s, c.GSMCompany);
+  for (int i = 0; i < 6; ++i)
+    ini.WriteInteger(u"MainDBgrid"_s, u"ColWidths%1"_s.arg(i), c.ColWidths[i]);
+  ini.WriteString(u"DB"_s, u"DBFile"_s, c.DBFile);
+  ini.WriteInteger(u"Ring"_s, u"Flag"_s, c.RingFlag);
+  ini.WriteInteger(u"Ring"_s, u"IncomStyle"_s, c.IncomStyle);
+
+  const TSettingsBindings &b = SettingsBindings();
+  ini.WriteInteger(u"Lang"_s, u"LangID"_s, b.LanguageId ? b.LanguageId() : LanguagePack().LangID);
+
+  if (b.ExtsGridColumnWidths) {
+    const QList<int> widths = b.ExtsGridColumnWidths();
+    for (int col = 0; col < widths.size(); ++col)
+      ini.WriteInteger(u"AdvStringGrid_Exts"_s, u"ColWidths%1"_s.arg(col), widths[col]);
+  }
+
+  if (b.ExtsPanelChecks) {
+    for (const auto &[type, checked] : b.ExtsPanelChecks()) {
+      if (type >= 0 && type < kTypeVisibleCount)
+        c.TypeVisible[type] = checked;
+    }
+  }
+  for (int i = 0; i < kTypeVisibleCount; ++i)
+    ini.WriteBool(u"ExtsPanel"_s, u"TypeVisible%1"_s.arg(i), c.TypeVisible[i]);
+
+  ini.WriteString(u"Other"_s, u"LinkURL"_s, b.LinkUrlText ? b.LinkUrlText() : c.LinkURL);
+
+  QString error;
+  if (!ini.Save(SettingsFilePath(), /*ownerOnly=*/true, &error)) {
+    WriteLog(u"SaveConfig: cannot write "_s + SettingsFilePath() + u": "_s + error);
+    TheShell().Message(MessageKind::Error, LangText(528));
+    return;
+  }
+  OpenIni() = std::move(ini);
+}
+
+void LoadStateCodes(const QString &fileName) {
+  IniFile ini;
+  ini.Load(fileName);
+  auto &table = StateCodeTable();
+  for (int i = 0; i < kStateCodeCount; ++i)
+    table[i] = ini.ReadString(u"Statecode"_s, QString::number(i), u"---"_s);
+}
+
+const std::array<QString, kStateCodeCount> &StateCodes() { return StateCodeTable(); }
+
+QString StateCodeText(int index) {
+  if (index < 0 || index >= kStateCodeCount)
+    return u"---"_s;
+  return StateCodeTable()[index];
+}

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "support/IniFile.h"
+
+#include <QList>
+#include <QString>
+
+#include <array>
+#include <functional>
+
+inline constexpr int kTypeVisibleCount = 31;
+inline constexpr int kStateCodeCount = 41;
+
+// Everything the console remembers between runs apart from the database: the
+// record behind ini/sys.ini. Field order follows the file's reading order.
+struct TSysConfig {
+  QString Host;
+  QString Port; // kept as text, as the operator typed it
+  QString UserName;
+  QString Password; // plain text: the file is written owner-only for that reason
+  bool RecPwdFlag = false;
+  QString OutNo;
+  QString LDNo;
+  QString CompanyCaption;
+  QString CompanyURL;
+  QString SMSReturnNos;
+  QString GSMCompany;
+  QString DBFile;
+  std::array<int, 6> ColWidths{};
+  int RingFlag = 0;   // 0 rings, anything else is silent
+  int IncomStyle = 0; // 0..3; other values are kept and act as 2
+  int Debug = 0;      // only read: a hand-edited file keeps it
+  std::array<bool, kTypeVisibleCount> TypeVisible{};
+  QString LinkURL;
+  QString RecordIP;
+  bool isAGMode = false; // only read, like Debug
+};
+
+// The process-wide record.
+TSysConfig &SysConfig();
+
+// Where the settings file lives: ini/sys.ini below the program folder.
+QString SettingsFilePath();
+
+// The INI object of the last LoadConfig or SaveConfig. Values read from it later
+// in the run (the language at the main window's first show) see the file as it
+// was then, not as it may have been edited since.
+const IniFile &SettingsIni();
+
+// The places in windows that the settings touch but the settings module may not
+// know. The windows that own them fill these in as they are built; an empty
+// function means the window isn't there.
+struct TSettingsBindings {
+  // Checks the IncomStyle_PopupMenu entry for a loaded value.
+  std::function<void(int incomStyle)> IncomStyleLoaded;
+  // AdvStringGrid_Exts: its present column widths, and setting one of them.
+  std::function<QList<int>()> ExtsGridColumnWidths;
+  std::function<void(int column, int width)> SetExtsGridColumnWidth;
+  // The settings window: the checks of TeListView_ExtsPanel as (type, checked)
+  // pairs, and the text of TeSEdit_LinkURL. What counts at saving is what the
+  // window shows, applied or not.
+  std::function<QList<std::pair<int, bool>>()> ExtsPanelChecks;
+  std::function<QString()> LinkUrlText;
+  // The number of the language in force, written as Lang/LangID.
+  std::function<int()> LanguageId;
+};
+TSettingsBindings &SettingsBindings();
+
+// Reads sys.ini into the record, key by key in the file's order, each missing key
+// taking its default. A missing file is no error. An unreadable one shows str_527
+// and leaves the record as it was.
+void LoadConfig(TSysConfig &config);
+
+// Writes the record back, rewriting the keys it owns and keeping every other line.
+// A failure shows str_528 and leaves the file as it was.
+void SaveConfig(TSysConfig &config);
+
+// The line-state texts of ini/sys_RadioB.ini, section "Statecode", keys "0".."40";
+// "---" for each one missing.
+void LoadStateCodes(const QString &fileName);
+const std::array<QString, kStateCodeCount> &StateCodes();
+QString StateCodeText(int index); // "---" outside the table

@@ -1,0 +1,33 @@
+#include "support/Shell.h"
+
+#include "support/Log.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+class QuietShell final : public Shell {
+public:
+  void Balloon(const QString &title, const QString &text, int, BalloonIcon) override {
+    WriteLog(title + u": "_s + text);
+  }
+  void Message(MessageKind, const QString &text) override { WriteLog(text); }
+  bool Question(const QString &text) override {
+    WriteLog(text);
+    return false;
+  }
+  QString ChooseOpenFile(const QString &, const QString &) override { return QString(); }
+};
+
+Shell *&Installed() {
+  static Shell *shell = nullptr;
+  return shell;
+}
+} // namespace
+
+Shell &TheShell() {
+  static QuietShell quiet;
+  Shell *shell = Installed();
+  return shell ? *shell : quiet;
+}
+
+void SetShell(Shell *shell) { Installed() = shell; }

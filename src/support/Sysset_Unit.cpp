@@ -1,0 +1,123 @@
+#include "support/Sysset_Unit.h"
+
+#include "support/LanguagePack.h"
+#include "support/Paths.h"
+#include "support/Settings.h"
+#include "support/Shell.h"
+
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+Tsysset_Form::Tsysset_Form(QObject *parent) : TFormLogic("Tsysset_Form", parent) {
+  TeListView_ExtsPanel = {
+      {u"模拟用户"_s, 1, true},   {u"数字用户"_s, 4, true}, {u"模拟中继"_s, 5, true},
+      {u"数字中继PRI"_s, 9, true}, {u"无线中继"_s, 12, true}, {u"SS1"_s, 14, true},
+      {u"IVR"_s, 6, true},
+  };
+  // Saving takes the list's checks and the link text as the window shows them.
+  TSettingsBindings &b = SettingsBindings();
+  b.ExtsPanelChecks = [this] {
+    QList<std::pair<int, bool>> checks;
+    for (const TExtsPanelItem &item : TeListView_ExtsPanel)
+      checks.append({item.Type, item.Checked});
+    return checks;
+  };
+  b.LinkUrlText = [this] { return TeSEdit_LinkURL; };
+}
+
+Tsysset_Form::~Tsysset_Form() {
+  TSettingsBindings &b = SettingsBindings();
+  b.ExtsPanelChecks = nullptr;
+  b.LinkUrlText = nullptr;
+}
+
+void Tsysset_Form::FormCreate() {
+  TSysConfig &c = SysConfig();
+  LoadConfig(c);
+  LoadStateCodes(AppFile(u"ini/sys_RadioB.ini"_s));
+
+  HostIP_LMDEdit = c.Host;
+  HostPort_LMDEdit = c.Port;
+  OutNo_LMDEdit = c.OutNo;
+  LDNo_LMDEdit = c.LDNo;
+  DBFile_TeEdit = c.DBFile;
+  RingFlag_TeSComboBox = c.RingFlag == 0 ? 0 : 1;
+
+  // At start the ring key takes str_525/str_526; the ring page's apply button
+  // uses str_531/str_532. The two pairs are separate texts on purpose.
+  if (c.RingFlag != 0)
+    emit ringToneButtonChanged(kRingOffImage, LangText(526));
+  else
+    emit ringToneButtonChanged(kRingOnImage, LangText(525));
+
+  if (c.Debug == 0)
+    emit logPageVisibleChanged(false);
+
+  for (TExtsPanelItem &item : TeListView_ExtsPanel)
+    item.Checked = c.TypeVisible[item.Type];
+
+  TeSEdit_LinkURL = c.LinkURL;
+  ActivePage = TabSheet1;
+}
+
+void Tsysset_Form::FormShow() {
+  const TSysConfig &c = SysConfig();
+  HostIP_LMDEdit = c.Host;
+  HostPort_LMDEdit = c.Port;
+  OutNo_LMDEdit = c.OutNo;
+  LDNo_LMDEdit = c.LDNo;
+}
+
+void Tsysset_Form::TeEffectButton1Click() {
+  TSysConfig &c = SysConfig();
+  c.Host = HostIP_LMDEdit;
+  c.Port = HostPort_LMDEdit;
+  c.OutNo = OutNo_LMDEdit;
+  c.LDNo = LDNo_LMDEdit;
+  Close();
+}
+
+void Tsysset_Form::TeEffectButton2Click() { Close(); }
+
+void Tsysset_Form::TeSpeedButton1Click() {
+  // The store is one SQLite file; the filter comes with the language texts.
+  QString filter = ControlText(u"DBFile_OpenDialog"_s, TextProperty::Filter);
+  if (filter.isEmpty())
+    filter = u"数据库文件[*.db]|*.db"_s;
+  const QString chosen = TheShell().ChooseOpenFile(filter, DBFile_TeEdit);
+  if (!chosen.isEmpty())
+    DBFile_TeEdit = chosen;
+}
+
+void Tsysset_Form::TeEffectButton3Click() {
+  const QFileInfo file(DBFile_TeEdit);
+  if (!DBFile_TeEdit.isEmpty() && file.exists() && file.isFile()) {
+    SysConfig().DBFile = DBFile_TeEdit;
+    TheShell().Message(MessageKind::Information, LangText(529));
+  } else {
+    TheShell().Message(MessageKind::Warning, LangText(530));
+  }
+}
+
+void Tsysset_Form::TeEffectButton4Click() { Close(); }
+
+void Tsysset_Form::TeEffectButton5Click() {
+  TSysConfig &c = SysConfig();
+  c.RingFlag = RingFlag_TeSComboBox;
+  if (c.RingFlag == 0)
+    emit ringToneButtonChanged(kRingOnImage, LangText(531));
+  else
+    emit ringToneButtonChanged(kRingOffImage, LangText(532));
+}
+
+void Tsysset_Form::TeEffectButton6Click() { Close(); }
+
+void Tsysset_Form::TeEffectButton7Click() {
+  TSysConfig &c = SysConfig();
+  for (const TExtsPanelItem &item : TeListView_ExtsPanel)
+    c.TypeVisible[item.Type] = item.Checked;
+  Close();
+}
+
+void Tsysset_Form::TeEffectButton8Click() { SysConfig().LinkURL = TeSEdit_LinkURL; }

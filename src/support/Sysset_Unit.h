@@ -1,0 +1,70 @@
+#pragma once
+
+#include "support/FormLogic.h"
+
+#include <QList>
+#include <QString>
+
+// One item of TeListView_ExtsPanel: a port type the board can show or hide.
+struct TExtsPanelItem {
+  QString Caption;
+  int Type; // index into TypeVisible
+  bool Checked;
+};
+
+// The settings window: five pages that edit the settings record. It loads the
+// record when it is created, and the record stays the console's for the run.
+class Tsysset_Form : public TFormLogic {
+  Q_OBJECT
+
+public:
+  enum Page { TabSheet1, TabSheet2, TabSheet3, TabSheet6, TabSheet7 };
+
+  explicit Tsysset_Form(QObject *parent = nullptr);
+  ~Tsysset_Form() override;
+
+  // Loads the settings and the line-state texts and fills the controls. Run it
+  // once the main window's logic listens, since it sets the ring key there.
+  void FormCreate();
+  // Fills the first page again: the login window may have changed the address.
+  void FormShow();
+
+  // Page 1, the exchange.
+  QString HostIP_LMDEdit;
+  QString HostPort_LMDEdit; // shown read-only
+  QString OutNo_LMDEdit;
+  QString LDNo_LMDEdit;
+  void TeEffectButton1Click(); // apply and close
+  void TeEffectButton2Click(); // close
+
+  // Page 2, the database.
+  QString DBFile_TeEdit;
+  void TeSpeedButton1Click(); // browse
+  void TeEffectButton3Click(); // apply, stays open
+  void TeEffectButton4Click(); // close
+
+  // Page 3, incoming calls.
+  int RingFlag_TeSComboBox = 0; // item index: 0 "开", 1 "关"
+  void TeEffectButton5Click();
+  void TeEffectButton6Click();
+
+  // Page 4, the panel board's port types.
+  QList<TExtsPanelItem> TeListView_ExtsPanel;
+  void TeEffectButton7Click();
+
+  // Page 5, the external program.
+  QString TeSEdit_LinkURL;
+  void TeEffectButton8Click(); // apply, stays open
+
+  Page ActivePage = TabSheet1;
+
+signals:
+  // The main window's RingTone_TeSpeedButton: its image index and caption.
+  void ringToneButtonChanged(int imageIndex, const QString &caption);
+  // The main window's TeTabSheet_Log is shown only while logging is on.
+  void logPageVisibleChanged(bool visible);
+};
+
+// The ring key's images: 15 while calls ring, 14 while they are silent.
+inline constexpr int kRingOnImage = 15;
+inline constexpr int kRingOffImage = 14;

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "support/Shell.h"
+
+#include <QList>
+#include <QString>
+
+// Stands in for the person at the desk: records what the console shows and
+// answers questions as told. Installs itself for its lifetime.
+class RecordingShell final : public Shell {
+public:
+  struct Shown {
+    MessageKind Kind;
+    QString Text;
+  };
+  struct BalloonShown {
+    QString Title;
+    QString Text;
+    int Seconds;
+    BalloonIcon Icon;
+  };
+
+  RecordingShell() { SetShell(this); }
+  ~RecordingShell() override { SetShell(nullptr); }
+
+  void Balloon(const QString &title, const QString &text, int seconds, BalloonIcon icon) override {
+    Balloons.append({title, text, seconds, icon});
+  }
+  void Message(MessageKind kind, const QString &text) override { Messages.append({kind, text}); }
+  bool Question(const QString &text) override {
+    Questions.append(text);
+    return Answer;
+  }
+  QString ChooseOpenFile(const QString &filter, const QString &) override {
+    FileFilters.append(filter);
+    return FileToChoose;
+  }
+
+  QList<Shown> Messages;
+  QList<BalloonShown> Balloons;
+  QStringList Questions;
+  QStringList FileFilters;
+  bool Answer = false;
+  QString FileToChoose;
+};

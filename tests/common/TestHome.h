@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QTemporaryDir>
+
+// A fresh program folder for one test: the process-wide settings, language,
+// clock and log memo are reset, and AppPath points into a temporary folder
+// that goes away afterwards.
+class TestHome {
+public:
+  TestHome();
+  ~TestHome();
+
+  QString Path() const;                  // with a trailing '/'
+  QString File(const QString &relative) const;
+  void Write(const QString &relative, const QByteArray &bytes) const;
+  QByteArray Read(const QString &relative) const;
+  // Copies one of the shipped files (resources/...) into the home.
+  void CopyShipped(const QString &relative) const;
+
+private:
+  QTemporaryDir m_dir;
+};
+
+// Path of a file in the source tree.
+QString SourcePath(const QString &relative);
