@@ -19,6 +19,7 @@ ConsoleProcess::~ConsoleProcess() = default;
 
 void ConsoleProcess::Start(const QString &home) {
   SetAppPath(home.isEmpty() ? QCoreApplication::applicationDirPath() : home);
+  SetShippedRoot(QString::fromUtf16(kShippedRoot));
 
   // A folder that can't be made or written is no reason to stop: the console
   // runs on its defaults and says so.
@@ -39,6 +40,9 @@ void ConsoleProcess::Start(const QString &home) {
   m_sysset->FormCreate();
 
   WriteLog(u"Application Start: "_s + AppPath());
+  // One line for whoever started the console from a shell or a service manager.
+  std::printf("trunkdesk: running, home %s\n", qUtf8Printable(AppPath()));
+  std::fflush(stdout);
   if (!failed.isEmpty())
     WriteLog(u"Could not seed: "_s + failed.join(u", "_s));
 }

@@ -23,7 +23,7 @@ std::array<QString, kExtStatusNameCount> &StatusNames() {
 }
 
 void LoadAndApply(int langId) {
-  LanguagePack().LoadLanguageFile(AppFile(LanguageFileName(langId)));
+  LanguagePack().LoadLanguageFile(AppFileOrShipped(LanguageFileName(langId)));
   ApplyLanguage();
   ReloadTypeNames();
   LanguagePack().LangID = langId;
@@ -146,7 +146,7 @@ void LanguageStart() {
   ini.Load(SettingsFilePath());
   const int id = ini.ReadInteger(u"Lang"_s, u"LangID"_s, 0);
   LanguagePack().LangID = id;
-  LanguagePack().LoadLanguageFile(AppFile(LanguageFileName(id)));
+  LanguagePack().LoadLanguageFile(AppFileOrShipped(LanguageFileName(id)));
 }
 
 void LanguageFirstShow() {

@@ -60,6 +60,23 @@ QString ResolveNoCase(const QString &folder, const QString &relative) {
 
 QString AppFile(const QString &relative) { return ResolveNoCase(AppPath(), relative); }
 
+namespace {
+QString &ShippedRootStore() {
+  static QString root;
+  return root;
+}
+} // namespace
+
+void SetShippedRoot(const QString &root) { ShippedRootStore() = root; }
+
+QString AppFileOrShipped(const QString &relative) {
+  const QString home = AppFile(relative);
+  if (QFileInfo::exists(home) || ShippedRootStore().isEmpty())
+    return home;
+  const QString shipped = ResolveNoCase(ShippedRootStore(), relative);
+  return QFileInfo::exists(shipped) ? shipped : home;
+}
+
 QStringList SeedHome(const QString &shippedRoot, const QString &home, QStringList *failed) {
   QStringList copied;
   const QString root = WithSlash(shippedRoot);

@@ -14,6 +14,13 @@ void SetAppPath(const QString &folder);
 // the path is returned as spelled, for creating it.
 QString AppFile(const QString &relative);
 
+// Like AppFile, but when the program folder lacks the file and a shipped copy
+// exists (see SetShippedRoot), the shipped copy. A home that could not be seeded
+// still gets readable language texts this way.
+QString AppFileOrShipped(const QString &relative);
+// Where the program's own copies of its default files are (e.g. ":/shipped").
+void SetShippedRoot(const QString &root);
+
 // Same, below any folder.
 QString ResolveNoCase(const QString &folder, const QString &relative);
 

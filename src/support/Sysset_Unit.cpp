@@ -35,7 +35,7 @@ Tsysset_Form::~Tsysset_Form() {
 void Tsysset_Form::FormCreate() {
   TSysConfig &c = SysConfig();
   LoadConfig(c);
-  LoadStateCodes(AppFile(u"ini/sys_RadioB.ini"_s));
+  LoadStateCodes(AppFileOrShipped(u"ini/sys_RadioB.ini"_s));
 
   HostIP_LMDEdit = c.Host;
   HostPort_LMDEdit = c.Port;
