@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# Installs what Trunkdesk needs to build, test and run on Debian 12, from Debian's
+# own packages. Does nothing when everything is already there.
+set -euo pipefail
+
+PACKAGES=(
+  g++ cmake ninja-build ccache pkg-config
+  qt6-base-dev libqt6sql6-sqlite
+  libbenchmark-dev
+  fonts-wqy-microhei   # Chinese text on screen and in screenshots
+)
+
+missing=()
+for p in "${PACKAGES[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+echo "Installing: ${missing[*]}"
+SUDO=""
+if [ "$(id -u)" -ne 0 ]; then
+  command -v sudo >/dev/null || { echo "Run as root, or install sudo." >&2; exit 1; }
+  SUDO=sudo
+fi
+export DEBIAN_FRONTEND=noninteractive
+$SUDO apt-get update -qq
+$SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}"
