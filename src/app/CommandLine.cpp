@@ -39,4 +39,6 @@ QString UsageText() {
          u"  --help       print this text and exit\n"_s;
 }
 
-QString VersionText() { return u"Trunkdesk ver5.2"_s; }
+QString VersionText() {
+  return u"Trunkdesk ver5.2"_s;
+}

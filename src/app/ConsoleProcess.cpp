@@ -29,8 +29,8 @@ void ConsoleProcess::Start(const QString &home) {
   else
     SeedHome(QString::fromUtf16(kShippedRoot), AppPath(), &failed);
   if (!failed.isEmpty())
-    std::fprintf(stderr, "trunkdesk: could not write into %s: %s\n",
-                 qUtf8Printable(AppPath()), qUtf8Printable(failed.join(u", "_s)));
+    std::fprintf(stderr, "trunkdesk: could not write into %s: %s\n", qUtf8Printable(AppPath()),
+                 qUtf8Printable(failed.join(u", "_s)));
 
   // The language comes first, ahead of any window; then the windows, whose
   // creation loads the settings.

@@ -28,4 +28,6 @@ bool ConsoleShell::Question(const QString &text) {
   return false;
 }
 
-QString ConsoleShell::ChooseOpenFile(const QString &, const QString &) { return QString(); }
+QString ConsoleShell::ChooseOpenFile(const QString &, const QString &) {
+  return QString();
+}

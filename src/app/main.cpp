@@ -12,7 +12,8 @@
 int main(int argc, char **argv) {
   const TCommandLine cl = ParseCommandLine(argc, argv);
   if (!cl.Error.isEmpty()) {
-    std::fprintf(stderr, "trunkdesk: %s\n\n%s", qUtf8Printable(cl.Error), qUtf8Printable(UsageText()));
+    std::fprintf(stderr, "trunkdesk: %s\n\n%s", qUtf8Printable(cl.Error),
+                 qUtf8Printable(UsageText()));
     return 2;
   }
   if (cl.Help) {

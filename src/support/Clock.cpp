@@ -12,6 +12,10 @@ QDateTime CurrentDateTime() {
   return source ? source() : QDateTime::currentDateTime();
 }
 
-TDateTime Now() { return TDateTime::FromQDateTime(CurrentDateTime()); }
+TDateTime Now() {
+  return TDateTime::FromQDateTime(CurrentDateTime());
+}
 
-void SetClock(ClockSource source) { Source() = std::move(source); }
+void SetClock(ClockSource source) {
+  Source() = std::move(source);
+}

@@ -22,7 +22,9 @@ TFormLogic::TFormLogic(const char *formName, QObject *parent)
   Registry().append(this);
 }
 
-TFormLogic::~TFormLogic() { Registry().removeAll(this); }
+TFormLogic::~TFormLogic() {
+  Registry().removeAll(this);
+}
 
 QString TFormLogic::ControlText(const QString &control, TextProperty property, int index) const {
   return m_texts.value(TextKey(control, property, index));

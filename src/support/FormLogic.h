@@ -23,7 +23,8 @@ public:
   // The text last set on a property of a control; empty when none was.
   QString ControlText(const QString &control, TextProperty property = TextProperty::Caption,
                       int index = 0) const;
-  void SetControlText(const QString &control, TextProperty property, int index, const QString &text);
+  void SetControlText(const QString &control, TextProperty property, int index,
+                      const QString &text);
 
   bool Visible() const { return m_visible; }
   void Show();

@@ -17,7 +17,7 @@ std::array<QString, kExtStatusNameCount> &StatusNames() {
   // Until a pack is loaded the extension states read as the exchange's own
   // Chinese names.
   static std::array<QString, kExtStatusNameCount> names = {
-      u"维护忙"_s, u"空闲"_s, u"被叫振铃"_s, u"回叫振铃"_s, u"拨号"_s,  u"回铃"_s,
+      u"维护忙"_s, u"空闲"_s, u"被叫振铃"_s, u"回叫振铃"_s, u"拨号"_s, u"回铃"_s,
       u"催挂"_s,   u"通话"_s, u"呼叫等待"_s, u"Error"_s,    u"Error"_s};
   return names;
 }
@@ -30,7 +30,9 @@ void LoadAndApply(int langId) {
 }
 } // namespace
 
-TLanguage_Pack::TLanguage_Pack() { m_strings.fill(kNull); }
+TLanguage_Pack::TLanguage_Pack() {
+  m_strings.fill(kNull);
+}
 
 bool TLanguage_Pack::LoadLanguageFile(const QString &fileName) {
   IniFile ini;
@@ -64,7 +66,9 @@ TLanguage_Pack &LanguagePack() {
   return pack;
 }
 
-QString LangText(int key) { return LanguagePack().Str(key); }
+QString LangText(int key) {
+  return LanguagePack().Str(key);
+}
 
 QString LangFormat(int key, std::initializer_list<QVariant> args) {
   return FormatText(LangText(key), args);
@@ -176,4 +180,6 @@ void ReloadTypeNames() {
     names[i] = LangText(741 + i);
 }
 
-const std::array<QString, kExtStatusNameCount> &ExtStatusNames() { return StatusNames(); }
+const std::array<QString, kExtStatusNameCount> &ExtStatusNames() {
+  return StatusNames();
+}

@@ -288,7 +288,8 @@ const TLanguageRow kRows[] = {
     {781, "TLogin_Form", "HostPort_TeLabel", TextProperty::Caption, 0},
     {782, "TLogin_Form", "TeButton1", TextProperty::Caption, 0},
     {783, "TLogin_Form", "Login_TeButton", TextProperty::Caption, 0},
-    // Wake-up window; its on/off items read the same in every pack, as OK compares item 0 with the off text
+    // Wake-up window; its on/off items read the same in every pack, as OK compares item 0 with the
+    // off text
     {784, "TMoringCall_Form", "TelNo_TeLabel", TextProperty::Caption, 0},
     {785, "TMoringCall_Form", "MoCall_Flag_TeLabel", TextProperty::Caption, 0},
     {786, "TMoringCall_Form", "MoCall_Flag_TeSComboBox", TextProperty::Item, 0},
@@ -341,4 +342,6 @@ const TLanguageRow kRows[] = {
 
 } // namespace
 
-std::span<const TLanguageRow> LanguageTable() { return kRows; }
+std::span<const TLanguageRow> LanguageTable() {
+  return kRows;
+}

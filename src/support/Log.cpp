@@ -33,7 +33,9 @@ QString LogFileName(const QDate &day) {
 }
 
 namespace {
-QString Stamp() { return CurrentDateTime().toString(u"yyyy-MM-dd hh:mm:ss"_s); }
+QString Stamp() {
+  return CurrentDateTime().toString(u"yyyy-MM-dd hh:mm:ss"_s);
+}
 } // namespace
 
 void WriteLogFile(const QString &text) {
@@ -50,7 +52,8 @@ void WriteLog(const QString &text) {
   // The memo belongs to the main thread; a line from elsewhere is carried over.
   QCoreApplication *app = QCoreApplication::instance();
   if (app && QThread::currentThread() != app->thread()) {
-    QMetaObject::invokeMethod(app, [text] { WriteLog(text); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        app, [text] { WriteLog(text); }, Qt::QueuedConnection);
     return;
   }
   LogMemo().Append(Stamp() + u": "_s + text);

@@ -19,7 +19,9 @@ QString WithSlash(QString folder) {
 }
 } // namespace
 
-QString AppPath() { return AppPathStore(); }
+QString AppPath() {
+  return AppPathStore();
+}
 
 void SetAppPath(const QString &folder) {
   AppPathStore() = WithSlash(QDir(folder).absolutePath());
@@ -58,7 +60,9 @@ QString ResolveNoCase(const QString &folder, const QString &relative) {
   return current;
 }
 
-QString AppFile(const QString &relative) { return ResolveNoCase(AppPath(), relative); }
+QString AppFile(const QString &relative) {
+  return ResolveNoCase(AppPath(), relative);
+}
 
 namespace {
 QString &ShippedRootStore() {
@@ -67,7 +71,9 @@ QString &ShippedRootStore() {
 }
 } // namespace
 
-void SetShippedRoot(const QString &root) { ShippedRootStore() = root; }
+void SetShippedRoot(const QString &root) {
+  ShippedRootStore() = root;
+}
 
 QString AppFileOrShipped(const QString &relative) {
   const QString home = AppFile(relative);

@@ -28,4 +28,5 @@ QString ResolveNoCase(const QString &folder, const QString &relative);
 // ":/shipped") into `home` where the home lacks it; nothing present is
 // overwritten. Returns the relative names copied; names that could not be copied
 // go to *failed.
-QStringList SeedHome(const QString &shippedRoot, const QString &home, QStringList *failed = nullptr);
+QStringList SeedHome(const QString &shippedRoot, const QString &home,
+                     QStringList *failed = nullptr);

@@ -35,9 +35,13 @@ TSettingsBindings &SettingsBindings() {
   return bindings;
 }
 
-QString SettingsFilePath() { return AppFile(u"ini/sys.ini"_s); }
+QString SettingsFilePath() {
+  return AppFile(u"ini/sys.ini"_s);
+}
 
-const IniFile &SettingsIni() { return OpenIni(); }
+const IniFile &SettingsIni() {
+  return OpenIni();
+}
 
 void LoadConfig(TSysConfig &c) {
   IniFile &ini = OpenIni();
@@ -60,7 +64,8 @@ void LoadConfig(TSysConfig &c) {
   c.SMSReturnNos = ini.ReadString(u"GSM"_s, u"SMSReturnNos"_s, QString());
   c.GSMCompany = ini.ReadString(u"GSM"_s, u"company"_s, QString());
   for (int i = 0; i < 6; ++i)
-    c.ColWidths[i] = ini.ReadInteger(u"MainDBgrid"_s, u"ColWidths%1"_s.arg(i), kDefaultColWidths[i]);
+    c.ColWidths[i] =
+        ini.ReadInteger(u"MainDBgrid"_s, u"ColWidths%1"_s.arg(i), kDefaultColWidths[i]);
   c.DBFile = ini.ReadString(u"DB"_s, u"DBFile"_s, AppPath() + u"Database/Notes_DB.db"_s);
   c.RingFlag = ini.ReadInteger(u"Ring"_s, u"Flag"_s, 0);
   c.IncomStyle = ini.ReadInteger(u"Ring"_s, u"IncomStyle"_s, 0);
@@ -149,7 +154,9 @@ void LoadStateCodes(const QString &fileName) {
     table[i] = ini.ReadString(u"Statecode"_s, QString::number(i), u"---"_s);
 }
 
-const std::array<QString, kStateCodeCount> &StateCodes() { return StateCodeTable(); }
+const std::array<QString, kStateCodeCount> &StateCodes() {
+  return StateCodeTable();
+}
 
 QString StateCodeText(int index) {
   if (index < 0 || index >= kStateCodeCount)

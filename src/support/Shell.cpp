@@ -30,4 +30,6 @@ Shell &TheShell() {
   return shell ? *shell : quiet;
 }
 
-void SetShell(Shell *shell) { Installed() = shell; }
+void SetShell(Shell *shell) {
+  Installed() = shell;
+}

@@ -13,7 +13,8 @@ public:
   virtual ~Shell() = default;
 
   // A tray balloon; the console uses 10 seconds as a rule.
-  virtual void Balloon(const QString &title, const QString &text, int seconds, BalloonIcon icon) = 0;
+  virtual void Balloon(const QString &title, const QString &text, int seconds,
+                       BalloonIcon icon) = 0;
   // A message the operator must acknowledge.
   virtual void Message(MessageKind kind, const QString &text) = 0;
   // A yes/no question; true for yes.

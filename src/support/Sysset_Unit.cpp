@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 Tsysset_Form::Tsysset_Form(QObject *parent) : TFormLogic("Tsysset_Form", parent) {
   TeListView_ExtsPanel = {
-      {u"模拟用户"_s, 1, true},   {u"数字用户"_s, 4, true}, {u"模拟中继"_s, 5, true},
+      {u"模拟用户"_s, 1, true},    {u"数字用户"_s, 4, true},  {u"模拟中继"_s, 5, true},
       {u"数字中继PRI"_s, 9, true}, {u"无线中继"_s, 12, true}, {u"SS1"_s, 14, true},
       {u"IVR"_s, 6, true},
   };
@@ -78,7 +78,9 @@ void Tsysset_Form::TeEffectButton1Click() {
   Close();
 }
 
-void Tsysset_Form::TeEffectButton2Click() { Close(); }
+void Tsysset_Form::TeEffectButton2Click() {
+  Close();
+}
 
 void Tsysset_Form::TeSpeedButton1Click() {
   // The store is one SQLite file; the filter comes with the language texts.
@@ -100,7 +102,9 @@ void Tsysset_Form::TeEffectButton3Click() {
   }
 }
 
-void Tsysset_Form::TeEffectButton4Click() { Close(); }
+void Tsysset_Form::TeEffectButton4Click() {
+  Close();
+}
 
 void Tsysset_Form::TeEffectButton5Click() {
   TSysConfig &c = SysConfig();
@@ -111,7 +115,9 @@ void Tsysset_Form::TeEffectButton5Click() {
     emit ringToneButtonChanged(kRingOffImage, LangText(532));
 }
 
-void Tsysset_Form::TeEffectButton6Click() { Close(); }
+void Tsysset_Form::TeEffectButton6Click() {
+  Close();
+}
 
 void Tsysset_Form::TeEffectButton7Click() {
   TSysConfig &c = SysConfig();
@@ -120,4 +126,6 @@ void Tsysset_Form::TeEffectButton7Click() {
   Close();
 }
 
-void Tsysset_Form::TeEffectButton8Click() { SysConfig().LinkURL = TeSEdit_LinkURL; }
+void Tsysset_Form::TeEffectButton8Click() {
+  SysConfig().LinkURL = TeSEdit_LinkURL;
+}

@@ -39,7 +39,7 @@ public:
 
   // Page 2, the database.
   QString DBFile_TeEdit;
-  void TeSpeedButton1Click(); // browse
+  void TeSpeedButton1Click();  // browse
   void TeEffectButton3Click(); // apply, stays open
   void TeEffectButton4Click(); // close
 

@@ -12,7 +12,9 @@ qint64 EpochJulianDay() {
 
 // Whole milliseconds since the epoch; rounding here keeps 23:59:59.999 from
 // becoming the next day through floating-point noise.
-qint64 ToMs(double value) { return qint64(std::llround(value * double(kMsPerDay))); }
+qint64 ToMs(double value) {
+  return qint64(std::llround(value * double(kMsPerDay)));
+}
 } // namespace
 
 TDateTime TDateTime::FromQDateTime(const QDateTime &dt) {
@@ -34,7 +36,9 @@ TDateTime TDateTime::FromTime(const QTime &time) {
   return TDateTime(double(time.msecsSinceStartOfDay()) / double(kMsPerDay));
 }
 
-QDateTime TDateTime::ToQDateTime() const { return QDateTime(Date(), Time()); }
+QDateTime TDateTime::ToQDateTime() const {
+  return QDateTime(Date(), Time());
+}
 
 QDate TDateTime::Date() const {
   const qint64 ms = ToMs(Value);
@@ -49,16 +53,24 @@ QTime TDateTime::Time() const {
   return QTime::fromMSecsSinceStartOfDay(int(ms));
 }
 
-TDateTime TDateTime::DatePart() const { return FromDate(Date()); }
-TDateTime TDateTime::TimePart() const { return FromTime(Time()); }
+TDateTime TDateTime::DatePart() const {
+  return FromDate(Date());
+}
+TDateTime TDateTime::TimePart() const {
+  return FromTime(Time());
+}
 
 bool TDateTime::SameAs(TDateTime other) const {
   return std::fabs(Value - other.Value) * double(kMsPerDay) < 1.0;
 }
 
-QString DateToStr(TDateTime value) { return value.Date().toString(QStringView(kShortDateFormat)); }
+QString DateToStr(TDateTime value) {
+  return value.Date().toString(QStringView(kShortDateFormat));
+}
 
-QString TimeToStr(TDateTime value) { return value.Time().toString(QStringView(kLongTimeFormat)); }
+QString TimeToStr(TDateTime value) {
+  return value.Time().toString(QStringView(kLongTimeFormat));
+}
 
 QString DateTimeToStr(TDateTime value) {
   if (value.Time() == QTime(0, 0))

@@ -29,8 +29,12 @@ struct TDateTime {
 
   friend constexpr bool operator<(TDateTime a, TDateTime b) { return a.Value < b.Value; }
   friend constexpr bool operator==(TDateTime a, TDateTime b) { return a.Value == b.Value; }
-  friend constexpr TDateTime operator+(TDateTime a, double days) { return TDateTime(a.Value + days); }
-  friend constexpr TDateTime operator-(TDateTime a, double days) { return TDateTime(a.Value - days); }
+  friend constexpr TDateTime operator+(TDateTime a, double days) {
+    return TDateTime(a.Value + days);
+  }
+  friend constexpr TDateTime operator-(TDateTime a, double days) {
+    return TDateTime(a.Value - days);
+  }
   friend constexpr double operator-(TDateTime a, TDateTime b) { return a.Value - b.Value; }
 };
 

@@ -14,7 +14,9 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-QString Program() { return QStringLiteral(TRUNKDESK_BIN_DIR) + u"/trunkdesk"_s; }
+QString Program() {
+  return QStringLiteral(TRUNKDESK_BIN_DIR) + u"/trunkdesk"_s;
+}
 
 QByteArray ReadFile(const QString &path) {
   QFile f(path);
@@ -101,22 +103,24 @@ private slots:
     const Run run = RunAndSignal(home, signalNumber);
     QCOMPARE(run.Status, QProcess::NormalExit);
     QCOMPARE(run.ExitCode, 0);
-    for (const QString &file : {u"ini/lang_chinese.lan"_s, u"ini/lang_English.lan"_s,
-                                u"ini/sys_RadioB.ini"_s, u"ini/company.jpg"_s,
-                                u"image/lstrunk_error.bmp"_s}) {
+    for (const QString &file :
+         {u"ini/lang_chinese.lan"_s, u"ini/lang_English.lan"_s, u"ini/sys_RadioB.ini"_s,
+          u"ini/company.jpg"_s, u"image/lstrunk_error.bmp"_s}) {
       QVERIFY2(QFile::exists(home + u'/' + file), qPrintable(file));
       QCOMPARE(ReadFile(home + u'/' + file), ReadFile(SourcePath(u"resources/"_s + file)));
     }
     const QString ini = QString::fromUtf8(ReadFile(home + u"/ini/sys.ini"_s));
-    const QStringList written{
-        u"[Record]"_s,   u"[host]"_s,        u"IP="_s,          u"Port=5003"_s,
-        u"[user]"_s,     u"userName="_s,     u"passWord="_s,    u"recPwdFlag=0"_s,
-        u"[other]"_s,    u"outNo=9"_s,       u"lDNo=0"_s,       u"LinkURL="_s,
-        u"[company]"_s,  u"caption="_s,      u"URL="_s,         u"[GSM]"_s,
-        u"SMSReturnNos="_s, u"company="_s,   u"[MainDBgrid]"_s, u"ColWidths0=20"_s,
-        u"ColWidths5=100"_s, u"[DB]"_s,      u"DBFile="_s,      u"[Ring]"_s,
-        u"Flag=0"_s,     u"IncomStyle=0"_s,  u"[Lang]"_s,       u"LangID=0"_s,
-        u"[ExtsPanel]"_s, u"TypeVisible0=1"_s, u"TypeVisible30=1"_s};
+    const QStringList written{u"[Record]"_s,       u"[host]"_s,        u"IP="_s,
+                              u"Port=5003"_s,      u"[user]"_s,        u"userName="_s,
+                              u"passWord="_s,      u"recPwdFlag=0"_s,  u"[other]"_s,
+                              u"outNo=9"_s,        u"lDNo=0"_s,        u"LinkURL="_s,
+                              u"[company]"_s,      u"caption="_s,      u"URL="_s,
+                              u"[GSM]"_s,          u"SMSReturnNos="_s, u"company="_s,
+                              u"[MainDBgrid]"_s,   u"ColWidths0=20"_s, u"ColWidths5=100"_s,
+                              u"[DB]"_s,           u"DBFile="_s,       u"[Ring]"_s,
+                              u"Flag=0"_s,         u"IncomStyle=0"_s,  u"[Lang]"_s,
+                              u"LangID=0"_s,       u"[ExtsPanel]"_s,   u"TypeVisible0=1"_s,
+                              u"TypeVisible30=1"_s};
     const QStringList lines = ini.split(u'\n');
     for (const QString &w : written) {
       const bool found = std::any_of(lines.begin(), lines.end(),

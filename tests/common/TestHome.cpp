@@ -21,11 +21,17 @@ TestHome::TestHome() {
   LogMemo().Clear();
 }
 
-TestHome::~TestHome() { SetClock({}); }
+TestHome::~TestHome() {
+  SetClock({});
+}
 
-QString TestHome::Path() const { return AppPath(); }
+QString TestHome::Path() const {
+  return AppPath();
+}
 
-QString TestHome::File(const QString &relative) const { return Path() + relative; }
+QString TestHome::File(const QString &relative) const {
+  return Path() + relative;
+}
 
 void TestHome::Write(const QString &relative, const QByteArray &bytes) const {
   const QString path = File(relative);

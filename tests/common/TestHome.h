@@ -12,7 +12,7 @@ public:
   TestHome();
   ~TestHome();
 
-  QString Path() const;                  // with a trailing '/'
+  QString Path() const; // with a trailing '/'
   QString File(const QString &relative) const;
   void Write(const QString &relative, const QByteArray &bytes) const;
   QByteArray Read(const QString &relative) const;

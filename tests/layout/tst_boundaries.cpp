@@ -13,9 +13,10 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-const QStringList kScreenModules{u"QtGui"_s,        u"QtWidgets"_s,     u"QtMultimedia"_s,
-                                 u"QtMultimediaWidgets"_s, u"QtOpenGL"_s, u"QtOpenGLWidgets"_s,
-                                 u"QtPrintSupport"_s, u"QtSvg"_s,       u"QtSvgWidgets"_s};
+const QStringList kScreenModules{
+    u"QtGui"_s,       u"QtWidgets"_s,       u"QtMultimedia"_s,   u"QtMultimediaWidgets"_s,
+    u"QtOpenGL"_s,    u"QtOpenGLWidgets"_s, u"QtPrintSupport"_s, u"QtSvg"_s,
+    u"QtSvgWidgets"_s};
 
 // Every header name those modules install, e.g. "QWidget", "qpixmap.h".
 QSet<QString> ScreenHeaders() {

@@ -81,8 +81,9 @@ private slots:
     ini.WriteString(u"HOST"_s, u"ip"_s, u"2.2.2.2"_s);     // existing key, other spelling
     ini.WriteString(u"host"_s, u"Port"_s, u"5003"_s);      // new key in an existing section
     ini.WriteString(u"Record"_s, u"IP"_s, u"127.0.0.1"_s); // new section
-    QCOMPARE(ini.Text(), u"; hand-written notes\n[host]\nip=2.2.2.2\nMyOwnKey=keep me\nPort=5003\n\n"
-                         u"[Extra]\nfoo=bar\n[Record]\nIP=127.0.0.1\n"_s);
+    QCOMPARE(ini.Text(),
+             u"; hand-written notes\n[host]\nip=2.2.2.2\nMyOwnKey=keep me\nPort=5003\n\n"
+             u"[Extra]\nfoo=bar\n[Record]\nIP=127.0.0.1\n"_s);
   }
 
   void valueWithLineBreakStaysOnOneLine() {
@@ -103,7 +104,8 @@ private slots:
     // It may hold the operator's password: nobody but its owner reads it.
     const QFile::Permissions perms = QFile::permissions(home.File(u"ini/sys.ini"_s));
     QVERIFY(perms.testFlag(QFile::ReadOwner) && perms.testFlag(QFile::WriteOwner));
-    QVERIFY(!(perms & (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther)));
+    QVERIFY(
+        !(perms & (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther)));
   }
 
   void gbkFileFromAWindowsConsoleReads() {

@@ -226,18 +226,19 @@ private slots:
     QTest::addColumn<QString>("format");
     QTest::addColumn<QVariantList>("args");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("string and number") << u"%s rang %d times"_s << QVariantList{u"8001"_s, 3}
-                                       << u"8001 rang 3 times"_s;
+    QTest::newRow("string and number")
+        << u"%s rang %d times"_s << QVariantList{u"8001"_s, 3} << u"8001 rang 3 times"_s;
     QTest::newRow("percent") << u"100%% %s"_s << QVariantList{u"done"_s} << u"100% done"_s;
     QTest::newRow("width") << u"[%5d][%-3s]"_s << QVariantList{42, u"a"_s} << u"[   42][a  ]"_s;
     QTest::newRow("precision") << u"%.1f %.2s"_s << QVariantList{2.26, u"abc"_s} << u"2.3 ab"_s;
     QTest::newRow("hex") << u"%x"_s << QVariantList{255} << u"FF"_s;
-    QTest::newRow("too few values keep the rest") << u"%s and %s"_s << QVariantList{u"one"_s}
-                                                  << u"one and %s"_s;
+    QTest::newRow("too few values keep the rest")
+        << u"%s and %s"_s << QVariantList{u"one"_s} << u"one and %s"_s;
     QTest::newRow("text where a number goes") << u"%d"_s << QVariantList{u"x"_s} << u"x"_s;
     QTest::newRow("unknown conversion") << u"%q %s"_s << QVariantList{u"v"_s} << u"%q v"_s;
     QTest::newRow("trailing percent") << u"50%"_s << QVariantList{} << u"50%"_s;
-    QTest::newRow("carriage return value") << u"%s%s"_s << QVariantList{u"a"_s, u"\r"_s} << u"a\r"_s;
+    QTest::newRow("carriage return value")
+        << u"%s%s"_s << QVariantList{u"a"_s, u"\r"_s} << u"a\r"_s;
   }
   void formatText() {
     QFETCH(QString, format);
@@ -245,9 +246,15 @@ private slots:
     QFETCH(QString, expected);
     QString result;
     switch (args.size()) {
-    case 0: result = FormatText(format, {}); break;
-    case 1: result = FormatText(format, {args[0]}); break;
-    default: result = FormatText(format, {args[0], args[1]}); break;
+    case 0:
+      result = FormatText(format, {});
+      break;
+    case 1:
+      result = FormatText(format, {args[0]});
+      break;
+    default:
+      result = FormatText(format, {args[0], args[1]});
+      break;
     }
     QCOMPARE(result, expected);
   }
@@ -316,10 +323,10 @@ private slots:
       QVERIFY2(row.Key > last, qPrintable(u"str_%1 out of order"_s.arg(row.Key)));
       QVERIFY2(row.Key <= 1000, qPrintable(u"str_%1"_s.arg(row.Key)));
       QVERIFY2(!messages.contains(row.Key), qPrintable(u"str_%1 is a message"_s.arg(row.Key)));
-      const QString place = u"%1/%2/%3/%4"_s.arg(QLatin1StringView(row.Form),
-                                                 QLatin1StringView(row.Control))
-                                .arg(int(row.Property))
-                                .arg(row.Index);
+      const QString place =
+          u"%1/%2/%3/%4"_s.arg(QLatin1StringView(row.Form), QLatin1StringView(row.Control))
+              .arg(int(row.Property))
+              .arg(row.Index);
       QVERIFY2(!places.contains(place), qPrintable(place + u" set twice"_s));
       places.insert(place);
       last = row.Key;

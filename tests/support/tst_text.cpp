@@ -27,13 +27,14 @@ private slots:
     QTest::newRow("exactly size-1") << u"12345"_s << 6 << QByteArray("12345\0", 6);
     QTest::newRow("too long is cut") << u"1234567"_s << 6 << QByteArray("12345\0", 6);
     // 20 digits into a 20-byte field: the last digit gives way to the NUL.
-    QTest::newRow("20-digit number") << u"13800138000123456789"_s << 20
-                                     << QByteArray("1380013800012345678\0", 20);
+    QTest::newRow("20-digit number")
+        << u"13800138000123456789"_s << 20 << QByteArray("1380013800012345678\0", 20);
     // Two Chinese characters need four bytes; with room for three, only one fits
     // whole, and no half character goes out.
     QTest::newRow("cut on a character") << u"张三"_s << 4 << QByteArray("\xD5\xC5\0\0", 4);
     QTest::newRow("mixed cut") << u"a张三"_s << 5 << QByteArray("a\xD5\xC5\0\0", 5);
-    QTest::newRow("NUL inside text ends it") << u"12\u0000 34"_s << 6 << QByteArray("12\0\0\0\0", 6);
+    QTest::newRow("NUL inside text ends it")
+        << u"12\u0000 34"_s << 6 << QByteArray("12\0\0\0\0", 6);
     QTest::newRow("empty") << QString() << 3 << QByteArray("\0\0\0", 3);
   }
   void fixedFieldKeepsRoomForItsEnd() {
@@ -123,8 +124,8 @@ private slots:
     QTest::addColumn<QString>("cFormat");
     QTest::newRow("with time") << QDateTime(QDate(2026, 3, 4), QTime(7, 5, 9))
                                << u"2026-03-04 07:05:09"_s << u"2026-03-04 07:05:09"_s;
-    QTest::newRow("midnight drops the time") << QDateTime(QDate(2026, 3, 4), QTime(0, 0))
-                                             << u"2026-03-04 00:00:00"_s << u"2026-03-04"_s;
+    QTest::newRow("midnight drops the time")
+        << QDateTime(QDate(2026, 3, 4), QTime(0, 0)) << u"2026-03-04 00:00:00"_s << u"2026-03-04"_s;
   }
   void formats() {
     QFETCH(QDateTime, moment);
@@ -145,7 +146,8 @@ private slots:
                           << QDateTime(QDate(2026, 11, 22), QTime(6, 30));
     QTest::newRow("no seconds") << u"2026-11-22 06:30"_s << true
                                 << QDateTime(QDate(2026, 11, 22), QTime(6, 30));
-    QTest::newRow("date") << u" 2026-11-22 "_s << true << QDateTime(QDate(2026, 11, 22), QTime(0, 0));
+    QTest::newRow("date") << u" 2026-11-22 "_s << true
+                          << QDateTime(QDate(2026, 11, 22), QTime(0, 0));
     QTest::newRow("garbage") << u"tomorrow"_s << false << QDateTime();
     QTest::newRow("bad day") << u"2026-02-30"_s << false << QDateTime();
   }
