@@ -16,7 +16,7 @@ target_compile_definitions(trunkdesk_options INTERFACE
 function(trunkdesk_logic_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
-  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/..)
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(${name} PUBLIC trunkdesk_options ${ARG_DEPENDS})
   foreach(dep IN LISTS ARG_DEPENDS)
     if(dep MATCHES "Qt6?::(Gui|Widgets|Multimedia|MultimediaWidgets)")

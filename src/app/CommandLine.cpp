@@ -10,6 +10,8 @@ TCommandLine ParseCommandLine(int argc, char **argv) {
       cl.Help = true;
     } else if (arg == u"--version"_s || arg == u"-v"_s) {
       cl.Version = true;
+    } else if (arg == u"--login"_s) {
+      cl.Login = true;
     } else if (arg == u"--home"_s) {
       if (i + 1 >= argc) {
         cl.Error = u"--home needs a folder"_s;
@@ -28,13 +30,15 @@ TCommandLine ParseCommandLine(int argc, char **argv) {
 }
 
 QString UsageText() {
-  return u"Usage: trunkdesk [--home DIR] [--help] [--version]\n"
+  return u"Usage: trunkdesk [--home DIR] [--login] [--help] [--version]\n"
          u"\n"
          u"Trunkdesk, the attendant console of an IP telephone exchange.\n"
          u"\n"
          u"  --home DIR   keep settings, language packs, the database and the log in DIR\n"
          u"               (default: the folder of the program); missing files are\n"
          u"               copied in at start, nothing present is overwritten\n"
+         u"  --login      log in at start with the saved number and password, so an\n"
+         u"               unattended front-desk PC comes up logged in\n"
          u"  --version    print the version and exit\n"
          u"  --help       print this text and exit\n"_s;
 }

@@ -2,10 +2,11 @@
 
 #include <QString>
 
-// trunkdesk [--home DIR] [--help] [--version]
+// trunkdesk [--home DIR] [--login] [--help] [--version]
 struct TCommandLine {
   bool Help = false;
   bool Version = false;
+  bool Login = false; // press Login at the dialog's first show
   QString Home;  // empty: the executable's folder
   QString Error; // set when the line can't be understood
 };

@@ -1,5 +1,8 @@
 #include "app/ConsoleProcess.h"
 
+#include "core/console/Login_Form.h"
+#include "core/console/Main_Form.h"
+#include "core/console/UserInfo_Form.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
 #include "support/Paths.h"
@@ -17,7 +20,7 @@ ConsoleProcess::ConsoleProcess(QObject *parent) : QObject(parent) {}
 
 ConsoleProcess::~ConsoleProcess() = default;
 
-void ConsoleProcess::Start(const QString &home) {
+void ConsoleProcess::Start(const QString &home, bool autoLogin) {
   SetAppPath(home.isEmpty() ? QCoreApplication::applicationDirPath() : home);
   SetShippedRoot(QString::fromUtf16(kShippedRoot));
 
@@ -32,26 +35,45 @@ void ConsoleProcess::Start(const QString &home) {
     std::fprintf(stderr, "trunkdesk: could not write into %s: %s\n", qUtf8Printable(AppPath()),
                  qUtf8Printable(failed.join(u", "_s)));
 
-  // The language comes first, ahead of any window; then the windows, whose
-  // creation loads the settings.
+  // The language comes first, ahead of any window; then the windows in their
+  // order, the main window first.
   LanguageStart();
 
+  m_main = std::make_unique<TMain_Form>();
+  m_main->FormCreate();
   m_sysset = std::make_unique<Tsysset_Form>();
   m_sysset->FormCreate();
+  m_login = std::make_unique<TLogin_Form>(m_main.get());
+  m_login->AutoLogin = autoLogin;
+  m_userInfo = std::make_unique<TUserInfo_Form>();
+  m_main->UserInfo_Form = m_userInfo.get();
+
+  connect(m_login.get(), &TLogin_Form::quitRequested, this, &ConsoleProcess::SilentClose);
+  connect(m_main.get(), &TMain_Form::closeRequested, this, &ConsoleProcess::SilentClose);
 
   WriteLog(u"Application Start: "_s + AppPath());
+  if (!failed.isEmpty())
+    WriteLog(u"Could not seed: "_s + failed.join(u", "_s));
+
+  m_main->FormShow();
+
   // One line for whoever started the console from a shell or a service manager.
   std::printf("trunkdesk: running, home %s\n", qUtf8Printable(AppPath()));
   std::fflush(stdout);
-  if (!failed.isEmpty())
-    WriteLog(u"Could not seed: "_s + failed.join(u", "_s));
 }
 
 void ConsoleProcess::SilentClose() {
   if (m_closed)
     return;
   m_closed = true;
-  SaveConfig(SysConfig());
-  WriteLog(u"Application Close!"_s);
+  if (m_main) {
+    m_main->SilentExit = 1;
+    if (m_main->FormCloseQuery())
+      m_main->FormClose();
+    m_main->Link().StopWorker();
+  } else {
+    SaveConfig(SysConfig());
+    WriteLog(u"Application Close!"_s);
+  }
   QCoreApplication::quit();
 }

@@ -5,6 +5,9 @@
 
 #include <memory>
 
+class TLogin_Form;
+class TMain_Form;
+class TUserInfo_Form;
 class Tsysset_Form;
 
 // The process around the windows: it prepares the program folder, brings the
@@ -20,14 +23,20 @@ public:
   explicit ConsoleProcess(QObject *parent = nullptr);
   ~ConsoleProcess() override;
 
-  // `home` empty means the executable's folder.
-  void Start(const QString &home);
+  // `home` empty means the executable's folder. `autoLogin` presses Login at the
+  // login dialog's first show.
+  void Start(const QString &home, bool autoLogin);
 
-  // The close that asks nothing: settings saved, "Application Close!" logged,
-  // the event loop told to end. Runs once; later calls do nothing.
+  // The close that asks nothing: disconnect, settings saved, "Application
+  // Close!" logged, the event loop told to end. Runs once.
   void SilentClose();
 
+  TMain_Form *Main() const { return m_main.get(); }
+
 private:
+  std::unique_ptr<TMain_Form> m_main;
   std::unique_ptr<Tsysset_Form> m_sysset;
+  std::unique_ptr<TLogin_Form> m_login;
+  std::unique_ptr<TUserInfo_Form> m_userInfo;
   bool m_closed = false;
 };

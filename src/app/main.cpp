@@ -43,7 +43,7 @@ int main(int argc, char **argv) {
   QObject::connect(&app, &QGuiApplication::commitDataRequest, &process,
                    [&process](QSessionManager &) { process.SilentClose(); });
 
-  process.Start(cl.Home);
+  process.Start(cl.Home, cl.Login);
   const int rc = app.exec();
   SetShell(nullptr);
   return rc;

@@ -46,8 +46,10 @@ void WriteLogFile(const QString &text) {
   file.write((now.toString(u"yyyy-MM-dd hh:mm:ss"_s) + u": "_s + text + u"\r\n"_s).toUtf8());
 }
 
+bool LogEnabled() { return SysConfig().Debug != 0; }
+
 void WriteLog(const QString &text) {
-  if (SysConfig().Debug == 0)
+  if (!LogEnabled())
     return;
   // The memo belongs to the main thread; a line from elsewhere is carried over.
   QCoreApplication *app = QCoreApplication::instance();

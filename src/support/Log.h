@@ -26,6 +26,10 @@ private:
 
 TLogMemo &LogMemo();
 
+// Whether lines are written at all (the setting Debug). A caller whose line is
+// costly to build asks first.
+bool LogEnabled();
+
 // The one trace call: when the setting Debug is on, the line goes to the memo and
 // to the file of the day. Any error on the file is swallowed.
 void WriteLog(const QString &text);

@@ -1,0 +1,83 @@
+// The frame's part of the main window's logic: creation, first show, closing.
+#include "core/console/Main_Form.h"
+
+#include "core/console/Login_Form.h"
+#include "core/link/SysParam.h"
+#include "support/LanguagePack.h"
+#include "support/Log.h"
+#include "support/Settings.h"
+#include "support/Shell.h"
+
+using namespace Qt::StringLiterals;
+
+TMain_Form::TMain_Form(QObject *parent) : TFormLogic("TMain_Form", parent) {
+  PulseCheck_Timer.setObjectName(u"PulseCheck_Timer"_s);
+  PulseCheck_Timer.setInterval(15000);
+  connect(&PulseCheck_Timer, &QTimer::timeout, this, &TMain_Form::PulseCheck_TimerTimer);
+
+  m_link.SetPacketHandler(
+      [this](const char *packet, int length) { processPacketFromSocket(packet, length); });
+  connect(&m_link.Winsock_TCP(), &TExchangeSocket::OnConnect, this, &TMain_Form::Winsock_TCPConnect);
+  connect(&m_link.Winsock_TCP(), &TExchangeSocket::OnClose, this, &TMain_Form::Winsock_TCPClose);
+}
+
+TMain_Form::~TMain_Form() { m_link.StopWorker(); }
+
+void TMain_Form::FormCreate() {
+  TSysConfig &c = SysConfig();
+  LoadConfig(c);
+  AppTitle = c.CompanyCaption + u"Trunkdesk ver5.2"_s;
+  TeSEdit_RecordIP = c.RecordIP;
+  SetCaption(AppTitle);
+}
+
+void TMain_Form::FormShow() {
+  if (Tag >= 1)
+    return;
+  LanguageFirstShow();
+  m_link.StartWorker();
+  m_display.Timer2.start();
+  Tag = 1;
+  if (!EverConnected) {
+    SysParam().MyID = 65535;
+    if (Login_Form)
+      Login_Form->ShowModal();
+  }
+}
+
+bool TMain_Form::FormCloseQuery() {
+  if (SilentExit != 1 && !TheShell().Question(LangText(333)))
+    return false;
+  if (Login_Form)
+    Login_Form->disConnectTeButtonClick();
+  config_Save();
+  return true;
+}
+
+void TMain_Form::config_Save() {
+  // The contact grid's column widths join here when the grid exists.
+  SaveConfig(SysConfig());
+  savePhones_tefxButtonClick();
+}
+
+void TMain_Form::FormClose() {
+  config_Save();
+  WriteLog(u"Application Close!"_s);
+  m_display.Timer2.stop();
+}
+
+void TMain_Form::SetCaption(const QString &caption) {
+  Caption = caption;
+  emit captionChanged(caption);
+}
+
+void TMain_Form::SetFront(FrontPanel panel) {
+  Front = panel;
+  emit frontChanged();
+}
+
+void TMain_Form::LoadConRecords() { emit callListsReloadRequested(); }
+void TMain_Form::LoadPhones_tefxButtonClick() { emit phonesLoadRequested(); }
+void TMain_Form::RefrshPhones_tefxButtonClick() { emit phonesRefreshRequested(); }
+void TMain_Form::savePhones_tefxButtonClick() { emit phonesSaveRequested(); }
+void TMain_Form::SetUdpLoggedIn(bool loggedIn) { emit udpLoggedInChanged(loggedIn); }

@@ -1,0 +1,113 @@
+#pragma once
+
+#include "core/link/Display.h"
+#include "core/link/ExchangeLink.h"
+#include "support/FormLogic.h"
+
+#include <QStringList>
+#include <QTimer>
+
+#include <functional>
+
+class TLogin_Form;
+class TUserInfo_Form;
+
+// The main window's logic: it owns the link, the display and the session's
+// timers, dispatches every packet, and is the one place where the screens and
+// the later subsystems meet. Split by concern over several source files.
+class TMain_Form : public TFormLogic {
+  Q_OBJECT
+
+public:
+  explicit TMain_Form(QObject *parent = nullptr);
+  ~TMain_Form() override;
+
+  // The companions it talks to; set by whoever builds the windows.
+  TLogin_Form *Login_Form = nullptr;
+  TUserInfo_Form *UserInfo_Form = nullptr;
+
+  // --- frame (Main_Form.cpp) ---
+  void FormCreate();
+  void FormShow();
+  bool FormCloseQuery(); // true: the window may close
+  void FormClose();
+  void config_Save();
+
+  int Tag = 0;
+  quint8 SilentExit = 0;
+  quint8 LoginDialogOpen = 0;
+  quint8 EverConnected = 0;
+  QString AppTitle;
+  QString Caption;       // the window's caption
+  QString HostText;      // the exchange's address as the login window gave it
+  QString HostIP_tefxButton_Caption;
+  QString HostIP_tefxButton_Hint;
+
+  // Which panel stands in front where the dial pad goes.
+  enum class FrontPanel { Dial_TeTabControl, Company_TePanel };
+  FrontPanel Front = FrontPanel::Dial_TeTabControl;
+
+  // The caller box of the dial page, opened up at login.
+  QString Edit_Caller_Text;
+  bool Edit_Caller_Enabled = false;
+  QString Edit_Caller_Hint;
+  bool CheckBox_Caller_Enabled = false;
+
+  // The recording server's answer.
+  QString LMDSimpleLabel_RecordRetCode;
+  QString TeSEdit_RecordIP;
+  bool TeButton_RecordSearch_Enabled = false;
+  bool TeSpeedButton_RecordAdmin_Enabled = false;
+
+  TExchangeLink &Link() { return m_link; }
+  TDisplay &Display() { return m_display; }
+  void ShowDisplay(const QString &text, bool blink) { m_display.ShowDisplay(text, blink); }
+
+  // --- session (Main_Session.cpp) ---
+  QTimer PulseCheck_Timer;
+  void Winsock_TCPConnect();
+  void Winsock_TCPClose();
+  void Login_ToolButtonClick(); // sends the Login packet
+  void PulseCheck_TimerTimer();
+  void TeSpeedButton9Click();  // re-login
+  void TeSpeedButton11Click(); // log off
+
+  // --- dispatch (Main_Dispatch.cpp) ---
+  void processPacketFromSocket(const char *packet, int length);
+
+  // Places the later subsystems fill in. Until they do, these only log.
+  void LoadConRecords();
+  void LoadPhones_tefxButtonClick();
+  void RefrshPhones_tefxButtonClick();
+  void savePhones_tefxButtonClick();
+  void SetUdpLoggedIn(bool loggedIn);
+
+  // The call log: stores a call of a kind (1 missed) and adds its list row;
+  // returns the row's columns (0 the contact's name, 4 its note) for the balloon.
+  std::function<QStringList(int kind, const QString &number)> AddCallRecord;
+
+signals:
+  void captionChanged(const QString &caption);
+  void frontChanged();
+  void callListsReloadRequested();
+  void phonesLoadRequested();
+  void phonesRefreshRequested();
+  void phonesSaveRequested();
+  void udpLoggedInChanged(bool loggedIn);
+  void gsmSendRequested();      // the SMS window's send key
+  void gsmTimerStopRequested(); // the SMS window's time-out
+  void recordsRefreshRequested();
+  void closeRequested(); // the frame should close the main window
+
+private:
+  void SetCaption(const QString &caption);
+  void SetFront(FrontPanel panel);
+  void processPacketFromSocket_Login(const char *work, const QString &result);
+  void processPacketFromSocket_UserInfo(const char *work);
+  void processPacketFromSocket_MissedCall(const char *work);
+  void processPacketFromSocket_Gsm(const char *work);
+  void processPacketFromSocket_RecordServer(const char *work);
+
+  TExchangeLink m_link;
+  TDisplay m_display;
+};
