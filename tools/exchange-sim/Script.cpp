@@ -1,0 +1,152 @@
+#include "Script.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Hex bytes; blanks between them are ignored, so "12 19 1039" is four bytes.
+bool ParseHex(const QStringList &tokens, QByteArray *bytes) {
+  const QString joined = tokens.join(QString());
+  static const QRegularExpression hex(u"^([0-9A-Fa-f]{2})*$"_s);
+  if (!hex.match(joined).hasMatch())
+    return false;
+  *bytes = QByteArray::fromHex(joined.toLatin1());
+  return true;
+}
+
+// Parses one step; returns an empty string when it is good, else what is wrong.
+QString ParseStep(const QStringList &tokens, ScriptStep *step) {
+  if (tokens.size() < 3 || tokens.at(0) != u"at"_s)
+    return u"expected \"at <ms> <step> ...\""_s;
+  bool ok = false;
+  step->At = tokens.at(1).toInt(&ok);
+  if (!ok || step->At < 0)
+    return u"\"%1\" is not a time in milliseconds"_s.arg(tokens.at(1));
+
+  const QString verb = tokens.at(2);
+  const QStringList args = tokens.mid(3);
+  if (verb == u"send"_s) {
+    step->Action = ScriptStep::Kind::Send;
+    if (args.isEmpty())
+      return u"send needs a type code"_s;
+    step->TypeCode = args.at(0).toShort(&ok);
+    if (!ok)
+      return u"\"%1\" is not a type code"_s.arg(args.at(0));
+    if (!ParseHex(args.mid(1), &step->Bytes))
+      return u"the payload is not whole hex bytes"_s;
+  } else if (verb == u"raw"_s) {
+    step->Action = ScriptStep::Kind::Raw;
+    if (args.isEmpty() || !ParseHex(args, &step->Bytes))
+      return u"raw needs whole hex bytes"_s;
+  } else if (verb == u"drop"_s) {
+    step->Action = ScriptStep::Kind::Drop;
+    if (!args.isEmpty())
+      return u"drop takes nothing after it"_s;
+  } else if (verb == u"pulses"_s) {
+    if (args == QStringList{u"off"_s})
+      step->Action = ScriptStep::Kind::PulsesOff;
+    else if (args == QStringList{u"on"_s})
+      step->Action = ScriptStep::Kind::PulsesOn;
+    else
+      return u"pulses takes \"on\" or \"off\""_s;
+  } else if (verb == u"callstate"_s) {
+    step->Action = ScriptStep::Kind::CallState;
+    if (args.size() < 2 || args.size() > 4)
+      return u"callstate takes <state> <line> [<caller> [<called>]]"_s;
+    const uint state = args.at(0).toUInt(&ok);
+    if (!ok || state > 255)
+      return u"\"%1\" is not a call state"_s.arg(args.at(0));
+    step->State = static_cast<quint8>(state);
+    step->DeviceLine = args.at(1).toShort(&ok);
+    if (!ok)
+      return u"\"%1\" is not a line"_s.arg(args.at(1));
+    step->Caller = args.value(2);
+    step->Called = args.value(3);
+  } else if (verb == u"missed"_s) {
+    step->Action = ScriptStep::Kind::Missed;
+    if (args.size() != 1)
+      return u"missed takes one caller number"_s;
+    step->Caller = args.at(0);
+  } else {
+    return u"unknown step \"%1\""_s.arg(verb);
+  }
+  return {};
+}
+
+} // namespace
+
+bool ParseScript(const QString &text, QList<ScriptStep> *steps, QString *error) {
+  // A comment starts at a "#" that opens the line or follows a blank, so a
+  // caller number such as "*72#" keeps its sign.
+  static const QRegularExpression comment(u"(^|\\s)#.*$"_s);
+  static const QRegularExpression blanks(u"\\s+"_s);
+  QList<ScriptStep> parsed;
+  QStringList problems;
+  const QStringList lines = text.split(u'\n');
+  for (qsizetype i = 0; i < lines.size(); ++i) {
+    QString line = lines.at(i);
+    line.remove(comment);
+    const QStringList tokens = line.split(blanks, Qt::SkipEmptyParts);
+    if (tokens.isEmpty())
+      continue;
+    ScriptStep step;
+    step.Line = static_cast<int>(i + 1);
+    const QString problem = ParseStep(tokens, &step);
+    if (problem.isEmpty())
+      parsed << step;
+    else
+      problems << u"line %1: %2"_s.arg(step.Line).arg(problem);
+  }
+  if (!problems.isEmpty()) {
+    if (error)
+      *error = problems.join(u'\n');
+    return false;
+  }
+  std::stable_sort(parsed.begin(), parsed.end(),
+                   [](const ScriptStep &a, const ScriptStep &b) { return a.At < b.At; });
+  *steps = parsed;
+  return true;
+}
+
+ScriptRunner::ScriptRunner(QObject *parent) : QObject(parent) {
+  Timer.setSingleShot(true);
+  Timer.setTimerType(Qt::PreciseTimer);
+  connect(&Timer, &QTimer::timeout, this, &ScriptRunner::RunDue);
+}
+
+void ScriptRunner::Start(QList<ScriptStep> steps, Perform perform) {
+  Steps = std::move(steps);
+  Next = 0;
+  Act = std::move(perform);
+  Clock.start();
+  // The first steps run from the event loop too, so a caller can connect to
+  // the exchange's signals after starting the script.
+  Timer.start(0);
+}
+
+void ScriptRunner::Stop() {
+  Timer.stop();
+  Steps.clear();
+  Next = 0;
+}
+
+void ScriptRunner::RunDue() {
+  const qint64 now = Clock.elapsed();
+  while (Next < Steps.size() && Steps.at(Next).At <= now) {
+    const ScriptStep step = Steps.at(Next++);
+    Act(step);
+  }
+  if (Next < Steps.size())
+    ArmTimer();
+  else
+    emit finished();
+}
+
+void ScriptRunner::ArmTimer() {
+  const qint64 wait = Steps.at(Next).At - Clock.elapsed();
+  Timer.start(static_cast<int>(std::max<qint64>(wait, 0)));
+}
