@@ -1,0 +1,174 @@
+// trunkdesk-exchange: the simulated exchange as a program, for demos, training
+// and trying the console by hand.
+#include "ExchangeSim.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QFile>
+#include <QTextStream>
+#include <QTime>
+
+#ifdef Q_OS_UNIX
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void Say(const QString &line) {
+  static QTextStream out(stdout);
+  out << QTime::currentTime().toString(u"hh:mm:ss.zzz"_s) << u' ' << line << Qt::endl;
+}
+
+void Complain(const QString &line) {
+  QTextStream err(stderr);
+  err << line << Qt::endl;
+}
+
+#ifdef Q_OS_UNIX
+// Ctrl+C and a service stop end the event loop instead of killing the process
+// mid-line: the handler only writes a byte that the loop then reads.
+int g_signalPipe[2] = {-1, -1};
+
+void OnSignal(int) {
+  const char byte = 1;
+  [[maybe_unused]] const ssize_t n = ::write(g_signalPipe[1], &byte, 1);
+}
+
+void QuitOnSignals(QCoreApplication &app) {
+  if (::pipe(g_signalPipe) != 0)
+    return;
+  ::fcntl(g_signalPipe[1], F_SETFL, O_NONBLOCK);
+  auto *notifier = new QSocketNotifier(g_signalPipe[0], QSocketNotifier::Read, &app);
+  QObject::connect(notifier, &QSocketNotifier::activated, &app, [&app] {
+    char byte = 0;
+    [[maybe_unused]] const ssize_t n = ::read(g_signalPipe[0], &byte, 1);
+    app.quit();
+  });
+  struct sigaction action = {};
+  action.sa_handler = OnSignal;
+  sigemptyset(&action.sa_mask);
+  ::sigaction(SIGINT, &action, nullptr);
+  ::sigaction(SIGTERM, &action, nullptr);
+}
+#else
+void QuitOnSignals(QCoreApplication &) {}
+#endif
+
+} // namespace
+
+int main(int argc, char *argv[]) {
+  QCoreApplication app(argc, argv);
+  QCoreApplication::setApplicationName(u"trunkdesk-exchange"_s);
+
+  QCommandLineParser parser;
+  parser.setApplicationDescription(
+      u"A simulated telephone exchange for the Trunkdesk console: it accepts the "
+      "console's connection, answers its login, sends keep-alive pulses and prints "
+      "every packet the console sends."_s);
+  parser.addHelpOption();
+  const QCommandLineOption portOption(u"port"_s, u"TCP port to listen on (default 5003)."_s, u"N"_s,
+                                      u"5003"_s);
+  const QCommandLineOption listenOption(u"listen"_s, u"Address to listen on (default 127.0.0.1)."_s,
+                                        u"ADDR"_s, u"127.0.0.1"_s);
+  const QCommandLineOption userOption(
+      u"user"_s,
+      u"An extension that may log in, with the answer it gets (default 1000, "
+      "accepted). Repeatable; without it the only user is 8001:1234."_s,
+      u"TEL:PASSWORD[:RESULT]"_s);
+  const QCommandLineOption pulseOption(
+      u"pulse"_s, u"Milliseconds between pulses in a session; 0 sends none (default 5000)."_s,
+      u"MS"_s, u"5000"_s);
+  const QCommandLineOption scriptOption(
+      u"script"_s, u"Play the timed steps in FILE from each accepted login on."_s, u"FILE"_s);
+  parser.addOptions({portOption, listenOption, userOption, pulseOption, scriptOption});
+  parser.process(app);
+
+  bool ok = false;
+  const uint port = parser.value(portOption).toUInt(&ok);
+  if (!ok || port > 65535) {
+    Complain(u"--port wants a number from 0 to 65535"_s);
+    return 2;
+  }
+  const QHostAddress address(parser.value(listenOption));
+  if (address.isNull()) {
+    Complain(u"--listen wants an IP address, not \"%1\""_s.arg(parser.value(listenOption)));
+    return 2;
+  }
+  const int pulse = parser.value(pulseOption).toInt(&ok);
+  if (!ok || pulse < 0) {
+    Complain(u"--pulse wants a number of milliseconds"_s);
+    return 2;
+  }
+
+  ExchangeSim sim;
+  sim.SetPulsePeriod(pulse);
+  QStringList users = parser.values(userOption);
+  if (users.isEmpty())
+    users << u"8001:1234"_s;
+  for (const QString &user : std::as_const(users)) {
+    const QStringList parts = user.split(u':');
+    if (parts.size() < 2 || parts.size() > 3 || parts.at(0).isEmpty()) {
+      Complain(u"--user wants TEL:PASSWORD or TEL:PASSWORD:RESULT, not \"%1\""_s.arg(user));
+      return 2;
+    }
+    sim.AddUser(parts.at(0), parts.at(1), parts.value(2, u"1000"_s));
+  }
+
+  // The script is checked now, so a bad file stops the program before it listens,
+  // and it plays from the start of every session: a scripted call means
+  // nothing to a console that has not logged in yet.
+  QString script;
+  if (parser.isSet(scriptOption)) {
+    QFile file(parser.value(scriptOption));
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+      Complain(u"cannot read %1: %2"_s.arg(file.fileName(), file.errorString()));
+      return 2;
+    }
+    script = QString::fromUtf8(file.readAll());
+    QList<ScriptStep> steps;
+    QString error;
+    if (!ParseScript(script, &steps, &error)) {
+      Complain(error);
+      return 2;
+    }
+  }
+
+  QObject::connect(&sim, &ExchangeSim::consoleConnected, &sim,
+                   [&sim] { Say(u"console connected from %1"_s.arg(sim.PeerAddress())); });
+  QObject::connect(&sim, &ExchangeSim::consoleDisconnected, &sim,
+                   [] { Say(u"console disconnected"_s); });
+  QObject::connect(&sim, &ExchangeSim::packetReceived, &sim,
+                   [](const SimPacket &packet) { Say(u"<- "_s + SimPackets::Describe(packet)); });
+  QObject::connect(&sim, &ExchangeSim::loginAnswered, &sim,
+                   [&sim, &script](const QString &telNo, const QString &result) {
+                     QString line = u"login of %1 answered %2"_s.arg(telNo, result);
+                     if (result == u"1000"_s)
+                       line += u", session %1"_s.arg(sim.SessionId());
+                     Say(line);
+                     if (result == u"1000"_s && !script.isEmpty()) {
+                       sim.RunScriptText(script);
+                       Say(u"script started"_s);
+                     }
+                   });
+  QObject::connect(&sim, &ExchangeSim::scriptFinished, &sim, [] { Say(u"script finished"_s); });
+
+  if (!sim.Listen(static_cast<quint16>(port), address)) {
+    Complain(
+        u"cannot listen on %1:%2: %3"_s.arg(address.toString()).arg(port).arg(sim.ListenError()));
+    return 1;
+  }
+  Say(u"listening on %1:%2, users %3"_s.arg(address.toString())
+          .arg(sim.Port())
+          .arg(users.join(u", "_s)));
+
+  QuitOnSignals(app);
+  const int code = app.exec();
+  Say(u"stopped"_s);
+  return code;
+}
