@@ -18,7 +18,7 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-QByteArray Packet(qint16 type, quint16 id, const QByteArray &payload, int len = -1) {
+QByteArray Packet(PacketType type, quint16 id, const QByteArray &payload, int len = -1) {
   QByteArray p(12, '\0');
   p += payload;
   PutU32(p.data(), 0, kPacketMagic);
@@ -75,7 +75,7 @@ private slots:
     QFETCH(bool, copied);
     Console c;
     SysParam().CallerNo = u"8003"_s;
-    c.Feed(Packet(qint16(type), 1, QByteArray(20, '\0')));
+    c.Feed(Packet(PacketType(type), 1, QByteArray(20, '\0')));
     QCOMPARE(LastSysParam().CallerNo == u"8003"_s, copied);
     QVERIFY(LogMemo().Lines().last().endsWith(
         u"typeCode:0x%1 "_s.arg(QString::number(quint32(qint32(type)), 16).toUpper())));
@@ -95,7 +95,7 @@ private slots:
     QFETCH(bool, handled);
     Console c;
     SysParam().CallerNo = u"x"_s;
-    c.Feed(Packet(Pulse, 7, QByteArray(1100, '\0'), length), length);
+    c.Feed(Packet(PacketType::Pulse, 7, QByteArray(1100, '\0'), length), length);
     QCOMPARE(LogMemo().Lines().isEmpty(), !handled);
     QCOMPARE(LastSysParam().CallerNo == u"x"_s, handled);
     QCOMPARE(int(SysParam().PulseSeen), handled ? 1 : 0);
@@ -103,7 +103,7 @@ private slots:
 
   void logLineShowsFieldsAsSignedNumbers() {
     Console c;
-    c.Feed(Packet(Pulse, 65535, {}));
+    c.Feed(Packet(PacketType::Pulse, 65535, {}));
     QVERIFY(LogMemo().Lines().last().endsWith(u": ID:-1 Len:12 typeCode:0x1 "_s));
   }
 
@@ -115,7 +115,7 @@ private slots:
     QSignalSpy udp(&c.main, &TMain_Form::udpLoggedInChanged);
     QSignalSpy lists(&c.main, &TMain_Form::callListsReloadRequested);
     QSignalSpy refresh(&c.main, &TMain_Form::phonesRefreshRequested);
-    c.Feed(Packet(Login, 42, Text("1000", 52)));
+    c.Feed(Packet(PacketType::Login, 42, Text("1000", 52)));
     const TNetPhone_SysParam &sp = SysParam();
     QCOMPARE(int(sp.LoggedIn), 1);
     QCOMPARE(int(sp.LoginDone), 1);
@@ -158,7 +158,7 @@ private slots:
     SysParam().LoggedIn = 1;
     c.login.Show();
     QSignalSpy udp(&c.main, &TMain_Form::udpLoggedInChanged);
-    c.Feed(Packet(Login, 9, Text(code.constData(), 52)));
+    c.Feed(Packet(PacketType::Login, 9, Text(code.constData(), 52)));
     QCOMPARE(int(SysParam().LoggedIn), loggedInAfter);
     QCOMPARE(int(SysParam().MyID), 65535);
     QVERIFY(c.main.Display().Buffer1().startsWith(LangText(displayKey).left(5)));
@@ -173,7 +173,7 @@ private slots:
   void otherLoginCodesChangeNothing() {
     Console c;
     c.login.Show();
-    c.Feed(Packet(Login, 9, Text("1004", 52)));
+    c.Feed(Packet(PacketType::Login, 9, Text("1004", 52)));
     QVERIFY(c.shell.Balloons.isEmpty());
     QVERIFY(c.login.Visible());
     QCOMPARE(int(SysParam().MyID), 65535);
@@ -196,7 +196,7 @@ private slots:
     payload.replace(64, 5, "Front");
     PutU16(payload.data(), 106, quint16(admin));
     payload.replace(108, 9, "*51 *52 #");
-    c.Feed(Packet(UserInfo, 1, payload));
+    c.Feed(Packet(PacketType::UserInfo, 1, payload));
     QVERIFY(c.userInfo.Visible());
     QCOMPARE(c.userInfo.Memo1,
              (QStringList{LangFormat(284, {u"8001"_s}), LangFormat(285, {u"Lobby"_s}),
@@ -211,7 +211,7 @@ private slots:
       stored << u"%1:%2"_s.arg(kind).arg(number);
       return QStringList{u"张三"_s, {}, {}, {}, u"VIP"_s};
     };
-    c.Feed(Packet(MissedCall, 1, Text("13800138000", 21) + Text("x", 21)));
+    c.Feed(Packet(PacketType::MissedCall, 1, Text("13800138000", 21) + Text("x", 21)));
     QCOMPARE(stored, QStringList{u"1:13800138000"_s});
     QCOMPARE(c.shell.Balloons.size(), 1);
     QCOMPARE(c.shell.Balloons[0].Title, LangText(293));
@@ -244,7 +244,7 @@ private slots:
     QByteArray payload(8, '\0');
     payload[0] = char(sub);
     PutU16(payload.data(), 2, 4);
-    c.Feed(Packet(GsmModule, 1, payload));
+    c.Feed(Packet(PacketType::GsmModule, 1, payload));
     QCOMPARE(int(SysParam().GsmModule), module);
     QCOMPARE(int(SysParam().GsmBusy), busy);
     QCOMPARE(send.size(), sub == 3 ? 1 : 0);
@@ -274,7 +274,7 @@ private slots:
     payload[0] = char(tag);
     payload.replace(4, 4, code);
     payload.replace(11, 8, "10.0.0.9");
-    c.Feed(Packet(RecordServerQuery, 1, payload));
+    c.Feed(Packet(PacketType::RecordServerQuery, 1, payload));
     QCOMPARE(c.main.TeSEdit_RecordIP, ip);
     QCOMPARE(c.main.TeButton_RecordSearch_Enabled, enabled);
     QCOMPARE(SysParam().RecordRetCode, tag == 16 ? QString::fromLatin1(code) : QString());

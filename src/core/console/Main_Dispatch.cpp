@@ -26,37 +26,37 @@ void TMain_Form::processPacketFromSocket(const char *packet, int length) {
                  .arg(QString::number(quint32(qint32(h.TypeCode)), 16).toUpper()));
 
   bool copyState = true;
-  switch (h.TypeCode) {
-  case Pulse:
+  switch (PacketType(h.TypeCode)) {
+  case PacketType::Pulse:
     SysParam().PulseSeen = 1;
     break;
-  case Login:
+  case PacketType::Login:
     processPacketFromSocket_Login(work, GetText(work, 12, kWorkBufferSize - 12));
     break;
-  case CallState:
+  case PacketType::CallState:
     // The operator's own calls come with the attendant call handling.
     break;
-  case UserInfo:
+  case PacketType::UserInfo:
     processPacketFromSocket_UserInfo(work);
     break;
-  case MissedCall:
+  case PacketType::MissedCall:
     processPacketFromSocket_MissedCall(work);
     break;
-  case SrvClassSet:
-  case DeviceControl:
-  case ExtensionQuery:
-  case MoringCall:
-  case SrvClassName:
+  case PacketType::SrvClassSet:
+  case PacketType::DeviceControl:
+  case PacketType::ExtensionQuery:
+  case PacketType::MoringCall:
+  case PacketType::SrvClassName:
     // Device table answers: handled by the device monitor, and no copy after them.
     copyState = false;
     break;
-  case GsmModule:
+  case PacketType::GsmModule:
     processPacketFromSocket_Gsm(work);
     break;
-  case RecordServerQuery:
+  case PacketType::RecordServerQuery:
     processPacketFromSocket_RecordServer(work);
     break;
-  case VoiceMailClear:
+  case PacketType::VoiceMailClear:
     // The voice-mail answer is read and never acted on.
     break;
   default:

@@ -3,7 +3,6 @@
 #include "core/link/Public_Unit.h"
 #include "support/Log.h"
 
-#include <QScopeGuard>
 #include <QTcpSocket>
 
 using namespace Qt::StringLiterals;
@@ -11,11 +10,13 @@ using namespace Qt::StringLiterals;
 TExchangeSocket::TExchangeSocket(QObject *parent) : QObject(parent), m_socket(new QTcpSocket(this)) {
   m_partialTimer.setSingleShot(true);
   m_partialTimer.setInterval(kPartialWaitMs);
-  connect(&m_partialTimer, &QTimer::timeout, this, &TExchangeSocket::Announce);
+  connect(&m_partialTimer, &QTimer::timeout, this, [this] {
+    m_partialExpired = true;
+    Announce();
+  });
   connect(m_socket, &QTcpSocket::connected, this, &TExchangeSocket::OnConnect);
+  // What the exchange sent before it closed is still handed out.
   connect(m_socket, &QTcpSocket::disconnected, this, [this] {
-    m_pending.clear();
-    m_partialTimer.stop();
     if (!m_closingByUs)
       emit OnClose();
   });
@@ -49,6 +50,7 @@ void TExchangeSocket::Close() {
   m_closingByUs = false;
   m_pending.clear();
   m_partialTimer.stop();
+  m_partialExpired = false;
 }
 
 void TExchangeSocket::Connect() {
@@ -69,7 +71,7 @@ void TExchangeSocket::TakeIncoming() {
 }
 
 // The length of the next read: the longest run of whole packets from the start
-// that fits in 10240 bytes. Where the data don't look like packets (a bad magic,
+// that fits in a block the walk accepts (10230 bytes). Where the data don't look like packets (a bad magic,
 // a length below 12 or beyond a read), everything goes, and the receive path's
 // rules decide. *partialOnly is set when the data start with an incomplete packet.
 qsizetype TExchangeSocket::NextReadLength(bool *partialOnly) const {
@@ -84,7 +86,7 @@ qsizetype TExchangeSocket::NextReadLength(bool *partialOnly) const {
     const PacketHeader h = PacketHeader::Read(m_pending.constData() + end);
     int len = h.Len;
     // The one packet sent without a length goes by its record's size.
-    if (len == 0 && h.TypeCode == RecordServerQuery)
+    if (len == 0 && h.TypeCode == qint16(PacketType::RecordServerQuery))
       len = 20;
     if (h.Magic != kPacketMagic || len < kPacketHeaderSize || len > kMaxReadLength)
       return end > 0 ? end : size;
@@ -92,40 +94,46 @@ qsizetype TExchangeSocket::NextReadLength(bool *partialOnly) const {
       *partialOnly = end == 0;
       return end;
     }
-    if (end + len > kMaxReadLength)
-      return end;
+    // Blocks stay within what the walk accepts; a single packet beyond that goes
+    // alone, and the walk's own limit turns it away.
+    if (end + len > kMaxBlockLength)
+      return end > 0 ? end : len;
     end += len;
   }
   return end;
 }
 
+// Hands out one read. More waiting data get their own turn of the event loop, so
+// the walks the worker asks for run in between and a burst can't lap the ring.
 void TExchangeSocket::Announce() {
-  if (m_announcing)
+  if (m_announcing || m_pending.isEmpty())
     return;
-  m_announcing = true;
-  const auto done = qScopeGuard([this] { m_announcing = false; });
-  while (!m_pending.isEmpty()) {
-    bool partialOnly = false;
-    qsizetype length = NextReadLength(&partialOnly);
-    if (partialOnly) {
-      // Wait for the rest; if it doesn't come, the fragment goes as it is.
-      if (!m_partialTimer.isActive() && sender() != &m_partialTimer) {
+  bool partialOnly = false;
+  qsizetype length = NextReadLength(&partialOnly);
+  if (partialOnly) {
+    if (!m_partialExpired) {
+      if (!m_partialTimer.isActive())
         m_partialTimer.start();
-        return;
-      }
-      if (m_partialTimer.isActive())
-        return;
-      length = m_pending.size();
-    }
-    if (length == 0)
       return;
-    m_partialTimer.stop();
-    m_offered = length;
-    m_taken = false;
-    emit OnDataArrival(int(length));
-    if (!m_taken)
-      WriteLog(u"Dropped %1 bytes the receive path refused"_s.arg(m_offered));
-    m_pending.remove(0, m_offered);
-    m_offered = 0;
+    }
+    // The rest never came: the fragment goes as it is.
+    length = m_pending.size();
   }
+  m_partialExpired = false;
+  m_partialTimer.stop();
+  if (length == 0)
+    return;
+
+  m_announcing = true;
+  m_offered = length;
+  m_taken = false;
+  emit OnDataArrival(int(length));
+  if (!m_taken)
+    WriteLog(u"Dropped %1 bytes the receive path refused"_s.arg(m_offered));
+  m_pending.remove(0, m_offered);
+  m_offered = 0;
+  m_announcing = false;
+
+  if (!m_pending.isEmpty())
+    QMetaObject::invokeMethod(this, &TExchangeSocket::Announce, Qt::QueuedConnection);
 }

@@ -13,7 +13,7 @@ class QTcpSocket;
 // TCP is a stream: on a busy link one read may hold many packets and end inside
 // one. The exchange writes whole packets, and the receive path treats each read
 // as a block that starts with a packet, so this socket hands out reads that end
-// on a packet boundary, at most 10240 bytes each. A packet still incomplete is
+// on a packet boundary, at most 10230 bytes each (the longest block the walk takes). A packet still incomplete is
 // held for the rest (for a moment; then it goes as it is, and the receive path's
 // own checks judge it). Bytes that an arrival handler leaves untaken are
 // dropped with a log line, so a hostile stream can't stall the link.
@@ -55,5 +55,6 @@ private:
   bool m_taken = false;
   bool m_closingByUs = false;
   bool m_announcing = false; // an arrival handler that lets events run must not re-enter
+  bool m_partialExpired = false;
   QTimer m_partialTimer;
 };

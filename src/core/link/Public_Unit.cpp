@@ -8,22 +8,22 @@
 using namespace Qt::StringLiterals;
 
 QString PacketTypeName(int typeCode) {
-  switch (typeCode) {
-  case Pulse: return u"Pulse"_s;
-  case Login: return u"Login"_s;
-  case CallState: return u"CallState"_s;
-  case DialDigits: return u"DialDigits"_s;
-  case UserInfo: return u"UserInfo"_s;
-  case PhoneCommand: return u"PhoneCommand"_s;
-  case MissedCall: return u"MissedCall"_s;
-  case SrvClassSet: return u"SrvClassSet"_s;
-  case DeviceControl: return u"DeviceControl"_s;
-  case GsmModule: return u"GsmModule"_s;
-  case ExtensionQuery: return u"ExtensionQuery"_s;
-  case MoringCall: return u"NETMODULE_CODE_MORINGCALL_SET"_s;
-  case SrvClassName: return u"SrvClassName"_s;
-  case RecordServerQuery: return u"RecordServerQuery"_s;
-  case VoiceMailClear: return u"VoiceMailClear"_s;
+  switch (PacketType(typeCode)) {
+  case PacketType::Pulse: return u"Pulse"_s;
+  case PacketType::Login: return u"Login"_s;
+  case PacketType::CallState: return u"CallState"_s;
+  case PacketType::DialDigits: return u"DialDigits"_s;
+  case PacketType::UserInfo: return u"UserInfo"_s;
+  case PacketType::PhoneCommand: return u"PhoneCommand"_s;
+  case PacketType::MissedCall: return u"MissedCall"_s;
+  case PacketType::SrvClassSet: return u"SrvClassSet"_s;
+  case PacketType::DeviceControl: return u"DeviceControl"_s;
+  case PacketType::GsmModule: return u"GsmModule"_s;
+  case PacketType::ExtensionQuery: return u"ExtensionQuery"_s;
+  case PacketType::MoringCall: return u"NETMODULE_CODE_MORINGCALL_SET"_s;
+  case PacketType::SrvClassName: return u"SrvClassName"_s;
+  case PacketType::RecordServerQuery: return u"RecordServerQuery"_s;
+  case PacketType::VoiceMailClear: return u"VoiceMailClear"_s;
   default: return QString();
   }
 }
@@ -78,7 +78,7 @@ void *g_outletContext = nullptr;
 bool HasSession() { return SysParam().MyID != kNoSession; }
 
 // Zeroes a record and fills its header's type, session id and length.
-void StartRecord(char *record, int size, qint16 type) {
+void StartRecord(char *record, int size, PacketType type) {
   std::memset(record, 0, size_t(size));
   PutU16(record, 6, quint16(type));
   PutU16(record, 8, SysParam().MyID);
@@ -105,7 +105,7 @@ void sendPacket2Socket(const char *packet, int length, int /*flag*/) {
 QByteArray BuildLoginPacket(const QString &telNo, const QString &password) {
   QByteArray packet(64, '\0');
   char *p = packet.data();
-  PutU16(p, 6, quint16(Login));
+  PutU16(p, 6, quint16(PacketType::Login));
   PutU16(p, 8, 0);
   PutU16(p, 10, 64);
   PutText(p, 12, 21, telNo);
@@ -123,7 +123,7 @@ void SendPhoneCommand(quint16 code) {
   if (!HasSession())
     return;
   char record[16];
-  StartRecord(record, 16, PhoneCommand);
+  StartRecord(record, 16, PacketType::PhoneCommand);
   PutU16(record, 12, code);
   sendPacket2Socket(record, 16, 1);
 }
@@ -132,7 +132,7 @@ void SendDialDigits(const QByteArray &codes) {
   if (!HasSession())
     return;
   char record[36];
-  StartRecord(record, 36, DialDigits);
+  StartRecord(record, 36, PacketType::DialDigits);
   const int count = int(qMin<qsizetype>(codes.size(), 23));
   record[12] = char(count);
   std::memcpy(record + 13, codes.constData(), size_t(count));
@@ -143,7 +143,7 @@ void SendRecordServerQuery() {
   if (!HasSession())
     return;
   char record[20];
-  StartRecord(record, 20, RecordServerQuery);
+  StartRecord(record, 20, PacketType::RecordServerQuery);
   PutU16(record, 10, 0); // deliberately no length on this one packet
   PutU16(record, 12, 16);
   PutU32(record, 16, 0);

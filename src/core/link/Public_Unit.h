@@ -18,7 +18,7 @@ inline constexpr int kWorkBufferSize = 2048;  // the dispatcher's zero-filled co
 inline constexpr quint16 kNoSession = 65535;
 
 // Type codes of the packets.
-enum PacketType : qint16 {
+enum class PacketType : qint16 {
   Pulse = 1,
   Login = 16,
   CallState = 17,
