@@ -10,6 +10,9 @@
 #include <QTest>
 
 #include <csignal>
+#include <functional>
+
+#include "ExchangeSim.h"
 
 using namespace Qt::StringLiterals;
 
@@ -38,13 +41,14 @@ struct Run {
   QByteArray Err;
 };
 
-Run RunAndSignal(const QString &home, int signalNumber) {
+Run RunAndSignal(const QString &home, int signalNumber, const QStringList &extra = {},
+                 const std::function<bool()> &readyToStop = {}) {
   Run run;
   QProcess p;
   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
   env.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
   p.setProcessEnvironment(env);
-  p.start(Program(), {u"--home"_s, home});
+  p.start(Program(), QStringList{u"--home"_s, home} + extra);
   if (!p.waitForStarted(10000))
     return run;
   // The program says when its start is done and the event loop is about to run.
@@ -53,6 +57,8 @@ Run RunAndSignal(const QString &home, int signalNumber) {
     p.waitForReadyRead(100);
     out += p.readAllStandardOutput();
   }
+  if (readyToStop)
+    (void)QTest::qWaitFor(readyToStop, 20000); // the caller checks what it waited for
   ::kill(pid_t(p.processId()), signalNumber);
   if (!p.waitForFinished(20000)) {
     p.kill();
@@ -154,6 +160,31 @@ private slots:
     QCOMPARE(ReadFile(dir.path() + u"/INI/Lang_Chinese.lan"_s), mine);
     QVERIFY(!QFile::exists(dir.path() + u"/INI/lang_chinese.lan"_s));
     QVERIFY(QFile::exists(dir.path() + u"/INI/lang_English.lan"_s));
+  }
+
+  // An unattended front-desk PC: started with --login it logs in with the saved
+  // number and password and holds the session on the exchange's pulses.
+  void loginAtStartHoldsTheSession() {
+    ExchangeSim sim;
+    sim.AddUser(u"8001"_s, u"1234"_s);
+    sim.SetPulsePeriod(100);
+    QVERIFY(sim.Listen());
+    QTemporaryDir dir;
+    WriteFile(dir.path() + u"/ini/sys.ini"_s,
+              "[System]\nDebug=1\n[host]\nIP=127.0.0.1\nPort=" + QByteArray::number(sim.Port()) +
+                  "\n[User]\nuserName=8001\npassword=1234\nrecPwdFlag=1\n");
+    const Run run = RunAndSignal(dir.path(), SIGTERM, {u"--login"_s},
+                                 [&sim] { return sim.IsSessionOpen() && sim.PulsesSent() >= 3; });
+    QCOMPARE(run.ExitCode, 0);
+    QVERIFY(sim.PulsesSent() >= 3);
+    const QStringList logs = QDir(dir.path()).entryList({u"TrunkdeskLog*.ini"_s}, QDir::Files);
+    QCOMPARE(logs.size(), 1);
+    const QString log = QString::fromUtf8(ReadFile(dir.path() + u'/' + logs[0]));
+    for (const QString &line : {u"Connecting to IP:127.0.0.1"_s, u"Connected."_s,
+                                u"ID:1 Len:64 typeCode:0x10 "_s, u"ID:1 Len:12 typeCode:0x1 "_s,
+                                u"Application Close!"_s})
+      QVERIFY2(log.contains(line), qPrintable(line));
+    QVERIFY(!log.contains(u"No Pulse!!!"_s));
   }
 
   // A home where nothing can be written still starts, says why the settings
