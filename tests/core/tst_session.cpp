@@ -83,9 +83,13 @@ private slots:
     QCOMPARE(first.Fields.value(u"Password"_s).toString(), u"1234"_s);
     QCOMPARE(first.Fields.value(u"Version"_s).toString(), u"02"_s);
     // Right after the session opens the console asks for its extension's state.
-    QTRY_VERIFY(std::any_of(d.sim.Received().begin(), d.sim.Received().end(), [](const SimPacket &p) {
-      return p.TypeCode == 20 && p.Fields.value(u"Code"_s).toInt() == 133;
-    }));
+    const auto askedForState = [&d] {
+      const QList<SimPacket> received = d.sim.Received();
+      return std::any_of(received.begin(), received.end(), [](const SimPacket &p) {
+        return p.TypeCode == 20 && p.Fields.value(u"Code"_s).toInt() == 133;
+      });
+    };
+    QTRY_VERIFY(askedForState());
     QVERIFY(d.main.PulseCheck_Timer.isActive());
     QCOMPARE(int(SysParam().Connected), 1);
     QVERIFY(LogHas(u"Connecting to IP:127.0.0.1"_s));
