@@ -5,7 +5,7 @@ set -euo pipefail
 
 PACKAGES=(
   g++ cmake ninja-build ccache pkg-config
-  qt6-base-dev libqt6sql6-sqlite
+  qt6-base-dev libqt6sql6-sqlite libsqlite3-dev
   libbenchmark-dev
   fonts-wqy-microhei   # Chinese text on screen and in screenshots
 )

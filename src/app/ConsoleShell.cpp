@@ -31,3 +31,8 @@ bool ConsoleShell::Question(const QString &text) {
 QString ConsoleShell::ChooseOpenFile(const QString &, const QString &) {
   return QString();
 }
+
+void ConsoleShell::Open(const QString &target, const QString &parameters) {
+  Print(u"trunkdesk: open "_s + target + u' ' + parameters);
+  WriteLog(u"Open: "_s + target + u' ' + parameters);
+}

@@ -11,4 +11,5 @@ public:
   void Message(MessageKind kind, const QString &text) override;
   bool Question(const QString &text) override;
   QString ChooseOpenFile(const QString &filter, const QString &startPath) override;
+  void Open(const QString &target, const QString &parameters) override;
 };

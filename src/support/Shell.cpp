@@ -16,6 +16,9 @@ public:
     return false;
   }
   QString ChooseOpenFile(const QString &, const QString &) override { return QString(); }
+  void Open(const QString &target, const QString &parameters) override {
+    WriteLog(u"Open: "_s + target + u' ' + parameters);
+  }
 };
 
 Shell *&Installed() {
@@ -32,4 +35,10 @@ Shell &TheShell() {
 
 void SetShell(Shell *shell) {
   Installed() = shell;
+}
+
+void ApplicationHandleException(const std::exception &error) {
+  const QString text = QString::fromUtf8(error.what());
+  WriteLog(u"Error: "_s + text);
+  TheShell().Message(MessageKind::Error, text);
 }

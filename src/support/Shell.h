@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <exception>
+
 // What the logic asks of the person at the desk. The screens implement it with
 // real dialogs, the tray and sound; tests use a recording fake. Nothing below the
 // screens shows anything except through here.
@@ -21,7 +23,24 @@ public:
   virtual bool Question(const QString &text) = 0;
   // An open-file dialog; an empty result means cancelled.
   virtual QString ChooseOpenFile(const QString &filter, const QString &startPath) = 0;
+  // The desktop's "open" of a URL (mailto:, http://, ...) or a program with
+  // parameters. Nothing here waits for it.
+  virtual void Open(const QString &target, const QString &parameters) = 0;
 };
+
+// The application-wide handler: an error that ended an operation is shown to the
+// operator as an error message and logged, and the console goes on.
+void ApplicationHandleException(const std::exception &error);
+
+// Runs an operation the way the console runs every handler: an error inside it
+// ends it and goes to ApplicationHandleException.
+template <typename F> void RunGuarded(F &&operation) {
+  try {
+    operation();
+  } catch (const std::exception &error) {
+    ApplicationHandleException(error);
+  }
+}
 
 // The process-wide shell. Until one is installed, a quiet one that writes to the
 // log and answers "no" stands in, so the logic never meets a null pointer.

@@ -36,7 +36,12 @@ public:
     return FileToChoose;
   }
 
+  void Open(const QString &target, const QString &parameters) override {
+    Opened.append(target + (parameters.isEmpty() ? QString() : u' ' + parameters));
+  }
+
   QList<Shown> Messages;
+  QStringList Opened; // "target parameters"
   QList<BalloonShown> Balloons;
   QStringList Questions;
   QStringList FileFilters;

@@ -1,0 +1,166 @@
+#include "directory/JetFunctions.h"
+
+#include "support/TDateTime.h"
+
+#include <QString>
+
+#include <cmath>
+#include <sqlite3.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+QString ArgText(sqlite3_value *v) {
+  const auto *text = reinterpret_cast<const char *>(sqlite3_value_text(v));
+  return text ? QString::fromUtf8(text, sqlite3_value_bytes(v)) : QString();
+}
+
+void ResultText(sqlite3_context *ctx, const QString &text) {
+  const QByteArray utf8 = text.toUtf8();
+  sqlite3_result_text(ctx, utf8.constData(), int(utf8.size()), SQLITE_TRANSIENT);
+}
+
+// A stored date (text) or a Jet day count (number) as a TDateTime; false for
+// NULL or text that is no date.
+bool ArgDate(sqlite3_value *v, TDateTime *out) {
+  switch (sqlite3_value_type(v)) {
+  case SQLITE_INTEGER:
+  case SQLITE_FLOAT:
+    *out = TDateTime(sqlite3_value_double(v));
+    return true;
+  case SQLITE_TEXT:
+    return TryStrToDateTime(ArgText(v), out);
+  default:
+    return false;
+  }
+}
+
+// right(text, n): the last n characters.
+void JetRight(sqlite3_context *ctx, int, sqlite3_value **argv) {
+  if (sqlite3_value_type(argv[0]) == SQLITE_NULL) {
+    sqlite3_result_null(ctx);
+    return;
+  }
+  const QString text = ArgText(argv[0]);
+  const int n = qMax(0, sqlite3_value_int(argv[1]));
+  ResultText(ctx, text.right(n));
+}
+
+// format(date, "yyyy-mm-dd hh:nn:ss"): Jet's date tokens, where "mm" after an
+// hour means minutes. Anything that is no date comes back as its text.
+QString FormatJetDate(TDateTime value, const QString &format) {
+  const QDateTime dt = value.ToQDateTime();
+  QString out;
+  bool afterHour = false;
+  for (qsizetype i = 0; i < format.size();) {
+    const QChar c = format[i].toLower();
+    qsizetype run = 1;
+    while (i + run < format.size() && format[i + run].toLower() == c)
+      ++run;
+    if (c == u'y') {
+      out += run >= 4 ? QString::number(dt.date().year())
+                      : QString::number(dt.date().year() % 100).rightJustified(2, u'0');
+    } else if (c == u'm') {
+      const int v = afterHour ? dt.time().minute() : dt.date().month();
+      out += run >= 2 ? QString::number(v).rightJustified(2, u'0') : QString::number(v);
+    } else if (c == u'n') {
+      out += QString::number(dt.time().minute()).rightJustified(run >= 2 ? 2 : 1, u'0');
+    } else if (c == u'd') {
+      out += QString::number(dt.date().day()).rightJustified(run >= 2 ? 2 : 1, u'0');
+    } else if (c == u'h') {
+      // A difference of more than a day still shows its hours of the day only.
+      out += QString::number(dt.time().hour()).rightJustified(run >= 2 ? 2 : 1, u'0');
+      afterHour = true;
+      i += run;
+      continue;
+    } else if (c == u's') {
+      out += QString::number(dt.time().second()).rightJustified(run >= 2 ? 2 : 1, u'0');
+    } else {
+      out += format.mid(i, run);
+      i += run;
+      continue;
+    }
+    if (c != u'm' && c != u'n')
+      afterHour = afterHour && c != u'd' && c != u'y';
+    i += run;
+  }
+  return out;
+}
+
+void JetFormat(sqlite3_context *ctx, int argc, sqlite3_value **argv) {
+  if (sqlite3_value_type(argv[0]) == SQLITE_NULL) {
+    sqlite3_result_null(ctx);
+    return;
+  }
+  TDateTime value;
+  if (argc < 2 || !ArgDate(argv[0], &value)) {
+    ResultText(ctx, ArgText(argv[0]));
+    return;
+  }
+  ResultText(ctx, FormatJetDate(value, ArgText(argv[1])));
+}
+
+// cdate(x): a date, stored form.
+void JetCDate(sqlite3_context *ctx, int, sqlite3_value **argv) {
+  TDateTime value;
+  if (!ArgDate(argv[0], &value)) {
+    sqlite3_result_null(ctx);
+    return;
+  }
+  ResultText(ctx, FormatFull(value));
+}
+
+// a - b in days.
+void JetDateSub(sqlite3_context *ctx, int, sqlite3_value **argv) {
+  TDateTime a;
+  TDateTime b;
+  if (!ArgDate(argv[0], &a) || !ArgDate(argv[1], &b)) {
+    sqlite3_result_null(ctx);
+    return;
+  }
+  sqlite3_result_double(ctx, a - b);
+}
+
+// dateDiff(interval, a, b): how many interval boundaries lie from a to b; for
+// 'd' the calendar days between the two dates, whatever their times of day.
+void JetDateDiff(sqlite3_context *ctx, int, sqlite3_value **argv) {
+  TDateTime a;
+  TDateTime b;
+  if (!ArgDate(argv[1], &a) || !ArgDate(argv[2], &b)) {
+    sqlite3_result_null(ctx);
+    return;
+  }
+  const QString interval = ArgText(argv[0]).toLower();
+  const QDateTime qa = a.ToQDateTime();
+  const QDateTime qb = b.ToQDateTime();
+  qint64 result = 0;
+  if (interval == u"yyyy"_s) {
+    result = qb.date().year() - qa.date().year();
+  } else if (interval == u"m"_s) {
+    result = (qb.date().year() - qa.date().year()) * 12 + qb.date().month() - qa.date().month();
+  } else if (interval == u"h"_s) {
+    result = qint64(std::floor(b.Value * 24)) - qint64(std::floor(a.Value * 24));
+  } else if (interval == u"n"_s) {
+    result = qint64(std::floor(b.Value * 1440)) - qint64(std::floor(a.Value * 1440));
+  } else if (interval == u"s"_s) {
+    result = qa.secsTo(qb);
+  } else {
+    result = qa.date().daysTo(qb.date());
+  }
+  sqlite3_result_int64(ctx, result);
+}
+} // namespace
+
+bool RegisterJetFunctions(sqlite3 *db) {
+  constexpr int flags = SQLITE_UTF8 | SQLITE_DETERMINISTIC;
+  return sqlite3_create_function_v2(db, "jet_right", 2, flags, nullptr, JetRight, nullptr, nullptr,
+                                    nullptr) == SQLITE_OK &&
+         sqlite3_create_function_v2(db, "jet_format", -1, flags, nullptr, JetFormat, nullptr,
+                                    nullptr, nullptr) == SQLITE_OK &&
+         sqlite3_create_function_v2(db, "jet_cdate", 1, flags, nullptr, JetCDate, nullptr, nullptr,
+                                    nullptr) == SQLITE_OK &&
+         sqlite3_create_function_v2(db, "jet_datesub", 2, flags, nullptr, JetDateSub, nullptr,
+                                    nullptr, nullptr) == SQLITE_OK &&
+         sqlite3_create_function_v2(db, "jet_datediff", 3, flags, nullptr, JetDateDiff, nullptr,
+                                    nullptr, nullptr) == SQLITE_OK;
+}

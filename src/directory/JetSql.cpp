@@ -1,0 +1,285 @@
+#include "directory/JetSql.h"
+
+#include "support/TDateTime.h"
+
+#include <QRegularExpression>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+struct Token {
+  enum Kind { Space, Word, Number, String, Ident, Other } kind;
+  QString text;
+};
+
+bool IsWordChar(QChar c) { return c.isLetterOrNumber() || c == u'_'; }
+
+// A #...# literal of the console's formats, times possibly with doubled colons
+// (the escaping a parameter-checking query layer expects), as stored text.
+QString DateLiteral(QString body) {
+  body.replace(u"::"_s, u":"_s);
+  TDateTime value;
+  if (TryStrToDateTime(body, &value))
+    return u'\'' + FormatFull(value) + u'\'';
+  return u'\'' + body.trimmed().replace(u'\'', u"''"_s) + u'\'';
+}
+
+QList<Token> Tokenize(const QString &sql) {
+  QList<Token> tokens;
+  const qsizetype n = sql.size();
+  qsizetype i = 0;
+  while (i < n) {
+    const QChar c = sql[i];
+    qsizetype j = i + 1;
+    if (c.isSpace()) {
+      while (j < n && sql[j].isSpace())
+        ++j;
+      tokens.append({Token::Space, sql.mid(i, j - i)});
+    } else if (c == u'\'' || c == u'"') {
+      // A quoted string; the quote doubled inside stands for itself.
+      QString value;
+      while (j < n) {
+        if (sql[j] == c) {
+          if (j + 1 < n && sql[j + 1] == c) {
+            value += c;
+            j += 2;
+            continue;
+          }
+          ++j;
+          break;
+        }
+        value += sql[j++];
+      }
+      tokens.append({Token::String, u'\'' + value.replace(u'\'', u"''"_s) + u'\''});
+    } else if (c == u'#') {
+      const qsizetype close = sql.indexOf(u'#', i + 1);
+      if (close < 0) {
+        tokens.append({Token::Other, c});
+      } else {
+        tokens.append({Token::String, DateLiteral(sql.mid(i + 1, close - i - 1))});
+        j = close + 1;
+      }
+    } else if (c == u'[') {
+      const qsizetype close = sql.indexOf(u']', i + 1);
+      j = close < 0 ? n : close + 1;
+      tokens.append({Token::Ident, sql.mid(i, j - i)});
+    } else if (c.isDigit()) {
+      while (j < n && (sql[j].isDigit() || sql[j] == u'.'))
+        ++j;
+      tokens.append({Token::Number, sql.mid(i, j - i)});
+    } else if (IsWordChar(c)) {
+      while (j < n && IsWordChar(sql[j]))
+        ++j;
+      tokens.append({Token::Word, sql.mid(i, j - i)});
+    } else {
+      tokens.append({Token::Other, c});
+    }
+    i = j;
+  }
+  return tokens;
+}
+
+qsizetype NextSolid(const QList<Token> &t, qsizetype i) {
+  while (i < t.size() && t[i].kind == Token::Space)
+    ++i;
+  return i;
+}
+
+bool WordIs(const Token &t, const char *word) {
+  return t.kind == Token::Word && t.text.compare(QLatin1StringView(word), Qt::CaseInsensitive) == 0;
+}
+
+// The Jet functions the console uses, by the names they run under on SQLite.
+QString FunctionName(const QString &word) {
+  const QString w = word.toLower();
+  if (w == u"right"_s)
+    return u"jet_right"_s;
+  if (w == u"len"_s)
+    return u"length"_s;
+  if (w == u"format"_s)
+    return u"jet_format"_s;
+  if (w == u"cdate"_s)
+    return u"jet_cdate"_s;
+  if (w == u"datediff"_s)
+    return u"jet_datediff"_s;
+  return QString();
+}
+
+// Column types of Jet DDL as SQLite understands them. A date column keeps
+// "DATE" in its declared type, which is how the cursor knows to read it as one.
+QString ColumnType(const QString &word) {
+  const QString w = word.toLower();
+  if (w == u"memo"_s)
+    return u"TEXT"_s;
+  if (w == u"date"_s)
+    return u"DATETEXT"_s;
+  if (w == u"bit"_s)
+    return u"INTEGER"_s;
+  return QString();
+}
+
+// TOP n after SELECT [DISTINCT] becomes LIMIT n at the end of that SELECT: at the
+// parenthesis that closes its level, or at the end of the statement.
+void MoveTopToLimit(QList<Token> &t) {
+  for (qsizetype i = 0; i < t.size(); ++i) {
+    if (!WordIs(t[i], "select"))
+      continue;
+    qsizetype k = NextSolid(t, i + 1);
+    if (k < t.size() && WordIs(t[k], "distinct"))
+      k = NextSolid(t, k + 1);
+    if (k >= t.size() || !WordIs(t[k], "top"))
+      continue;
+    const qsizetype num = NextSolid(t, k + 1);
+    if (num >= t.size() || t[num].kind != Token::Number)
+      continue;
+    const QString limit = t[num].text;
+    // Find where this SELECT ends.
+    int depth = 0;
+    qsizetype end = t.size();
+    for (qsizetype j = num + 1; j < t.size(); ++j) {
+      if (t[j].kind != Token::Other)
+        continue;
+      if (t[j].text == u"("_s) {
+        ++depth;
+      } else if (t[j].text == u")"_s) {
+        if (depth == 0) {
+          end = j;
+          break;
+        }
+        --depth;
+      } else if (t[j].text == u";"_s && depth == 0) {
+        end = j;
+        break;
+      }
+    }
+    t.insert(end, {Token::Other, u" LIMIT "_s + limit + u' '});
+    t[k].text.clear();
+    t[num].text.clear();
+  }
+}
+
+// The paged query's NOT IN (SELECT TOP ...) form, which SQLite would answer by
+// building the whole excluded set, becomes the same rows by LIMIT and OFFSET.
+QString RewritePageQuery(const QString &jet) {
+  static const QRegularExpression page(
+      uR"(^\s*SELECT\s+TOP\s+(\d+)\s+\*\s+FROM\s+(\w+)\s+WHERE\s+\((.*)\)\s+and\s+\(id\s+NOT\s+IN\s*\(\s*SELECT\s+TOP\s+(\d+)\s+id\s+FROM\s+(\w+)\s+where\s+\((.*)\)\s+ORDER\s+BY\s+id\s+desc\s*\)\s*\)\s*ORDER\s+BY\s+id\s+desc\s*$)"_s,
+      QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
+  const QRegularExpressionMatch m = page.match(jet);
+  if (!m.hasMatch() || m.captured(2).compare(m.captured(5), Qt::CaseInsensitive) != 0 ||
+      m.captured(3) != m.captured(6))
+    return jet;
+  return u"SELECT * FROM %1 WHERE (%2) ORDER BY id desc LIMIT %3 OFFSET %4"_s.arg(
+      m.captured(2), m.captured(3), m.captured(1), m.captured(4));
+}
+} // namespace
+
+QString TranslateJet(const QString &jetText) {
+  // cdate(a-b): the difference of two dates, which SQLite can't take of the stored text.
+  static const QRegularExpression dateDifference(
+      uR"(\bcdate\s*\(\s*([\w\[\]]+)\s*-\s*([\w\[\]]+)\s*\))"_s, QRegularExpression::CaseInsensitiveOption);
+  QString jet = RewritePageQuery(jetText);
+  jet.replace(dateDifference, u"jet_cdate(jet_datesub(\\1,\\2))"_s);
+
+  QList<Token> t = Tokenize(jet);
+  const qsizetype first = NextSolid(t, 0);
+  const bool ddl = first < t.size() && (WordIs(t[first], "create") || WordIs(t[first], "alter"));
+
+  for (qsizetype i = 0; i < t.size(); ++i) {
+    Token &tok = t[i];
+    if (tok.kind == Token::Other && tok.text == u"&"_s) {
+      tok.text = u"||"_s;
+    } else if (tok.kind == Token::Word) {
+      const qsizetype next = NextSolid(t, i + 1);
+      const bool call = next < t.size() && t[next].text == u"("_s;
+      if (call) {
+        const QString name = FunctionName(tok.text);
+        if (!name.isEmpty())
+          tok.text = name;
+      }
+      if (ddl) {
+        if (WordIs(tok, "identity") && call) {
+          // "integer IDENTITY (1,1) [PRIMARY KEY]" is SQLite's auto-numbered key.
+          qsizetype close = next;
+          while (close < t.size() && t[close].text != u")"_s)
+            t[close++].text.clear();
+          if (close < t.size())
+            t[close].text.clear();
+          tok.text = u"PRIMARY KEY AUTOINCREMENT"_s;
+          qsizetype after = NextSolid(t, close + 1);
+          if (after < t.size() && WordIs(t[after], "primary")) {
+            const qsizetype key = NextSolid(t, after + 1);
+            if (key < t.size() && WordIs(t[key], "key")) {
+              t[after].text.clear();
+              t[key].text.clear();
+            }
+          }
+        } else if (!call || WordIs(tok, "date")) {
+          const QString type = ColumnType(tok.text);
+          if (!type.isEmpty())
+            tok.text = type;
+        }
+      }
+    }
+  }
+  if (ddl) {
+    // A table constraint naming the key again would be a second primary key.
+    for (qsizetype i = 0; i < t.size(); ++i) {
+      if (!WordIs(t[i], "constraint"))
+        continue;
+      const qsizetype name = NextSolid(t, i + 1);
+      const qsizetype primary = NextSolid(t, name + 1);
+      if (primary >= t.size() || !WordIs(t[primary], "primary"))
+        continue;
+      qsizetype j = primary;
+      while (j < t.size() && t[j].text != u")"_s)
+        t[j++].text.clear();
+      if (j < t.size())
+        t[j].text.clear();
+      t[i].text.clear();
+      t[name].text.clear();
+      // and the comma before it
+      for (qsizetype k = i - 1; k >= 0; --k) {
+        if (t[k].kind == Token::Space)
+          continue;
+        if (t[k].text == u","_s)
+          t[k].text.clear();
+        break;
+      }
+    }
+  }
+  MoveTopToLimit(t);
+
+  QString out;
+  for (const Token &tok : t)
+    out += tok.text;
+  return out;
+}
+
+QString SqlText(const QString &value) {
+  QString v = value;
+  return v.replace(u'\'', u"''"_s);
+}
+
+QString SqlTextDq(const QString &value) {
+  QString v = value;
+  return v.replace(u'"', u"\"\""_s);
+}
+
+bool HasSecondStatement(const QString &sql) {
+  QChar quote;
+  for (qsizetype i = 0; i < sql.size(); ++i) {
+    const QChar c = sql[i];
+    if (!quote.isNull()) {
+      if (c == quote)
+        quote = QChar();
+      continue;
+    }
+    if (c == u'\'' || c == u'"') {
+      quote = c;
+    } else if (c == u';') {
+      if (!QStringView(sql).mid(i + 1).trimmed().isEmpty())
+        return true;
+    }
+  }
+  return false;
+}

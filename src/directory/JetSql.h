@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+// The console's statements are written in the Jet dialect; the store runs them on
+// SQLite. TranslateJet is the one place that bridges the two: TOP, "..." strings,
+// #date# literals (with the doubled colons of escaped times), &, IDENTITY, the
+// Jet column types, and the functions right, len, format, cdate and dateDiff.
+QString TranslateJet(const QString &jet);
+
+// A value put into statement text between single quotes: its quotes doubled, so
+// that a quote in a search box or a caller number is searched for as a quote and
+// can neither break nor steer the statement.
+QString SqlText(const QString &value);
+
+// For a value between double quotes (the Jet string form some statements use).
+QString SqlTextDq(const QString &value);
+
+// A value put into a LIKE pattern: quotes doubled as above. Jet's LIKE through the
+// engine treats % and _ as wildcards; the console's searches put % around the
+// text, and a % typed by the operator stays a wildcard as it always was.
+inline QString SqlLikeText(const QString &value) { return SqlText(value); }
+
+// True when the text holds more than one statement (a ';' outside quotes that is
+// not the last character). The store refuses such text.
+bool HasSecondStatement(const QString &sql);

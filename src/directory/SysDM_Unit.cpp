@@ -1,0 +1,263 @@
+#include "directory/SysDM_Unit.h"
+
+#include "directory/JetFunctions.h"
+#include "directory/JetSql.h"
+#include "directory/StoreError.h"
+#include "support/Paths.h"
+#include "support/Settings.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSqlDriver>
+#include <QSqlError>
+#include <QSqlQuery>
+
+#include <sqlite3.h>
+
+using namespace Qt::StringLiterals;
+
+const QString TSys_DM::Memo_SQL_Exts = u"\n"
+                                       u"CREATE TABLE Exts (\n"
+                                       u"ID  integer IDENTITY(1,1) PRIMARY KEY ,\n"
+                                       u"PortID integer,\n"
+                                       u"userType integer,\n"
+                                       u"Ext varchar(50),\n"
+                                       u"srvClass integer,\n"
+                                       u"MoringTime date,\n"
+                                       u"LeaveMessage varchar(50),\n"
+                                       u"state integer,\n"
+                                       u"RoomNo varchar(50),\n"
+                                       u"[Memo] memo\n"
+                                       u");"_s;
+
+const QString TSys_DM::Memo_SQL_PBXConRecords = u"CREATE TABLE PBXConRecords (\n"
+                                                u"ID  integer IDENTITY(1,1) PRIMARY KEY ,\n"
+                                                u"Caller varchar(50),\n"
+                                                u"Called varchar(50),\n"
+                                                u"startTime date,\n"
+                                                u"connectTime date,\n"
+                                                u"stopTime date,\n"
+                                                u"assType integer,\n"
+                                                u"assPhone varchar(50),\n"
+                                                u"IOFlag integer,\n"
+                                                u"RecType integer\n"
+                                                u");"_s;
+
+const QString TSys_DM::Memo_SQL_MoringCallLog = u"CREATE TABLE MoringCallLog(\n"
+                                                u"ID  integer IDENTITY(1,1) PRIMARY KEY ,\n"
+                                                u"RoomNo varchar(50),\n"
+                                                u"Ext varchar(50),\n"
+                                                u"CreateTime date,\n"
+                                                u"MoringCallTime date,\n"
+                                                u"State integer\n"
+                                                u");"_s;
+
+namespace {
+const QString kConRecords =
+    u"CREATE TABLE conRecords ([ID] integer IDENTITY (1,1),[TelNos] text,[DateTime] date,[State] integer,[Memo] memo,CONSTRAINT [Index1] PRIMARY KEY ([ID]));"_s;
+const QString kTaskTable =
+    u"CREATE TABLE Task_Table ([ID] integer IDENTITY (1,1),[Title] varchar(50),[Context] memo,[Status] integer,[createDateTime] date,[LastDateTime] date,[FinishDateTime] date,[creater] varchar(50),[contacters] varchar(50),CONSTRAINT [Index1] PRIMARY KEY ([ID]));"_s;
+// The contact book as a new file has it; the upgrade adds IDCard, GrpName and
+// BranchTel like it does to a file from an older console.
+const QString kMainInfo =
+    u"CREATE TABLE MainInfo ([ID] integer IDENTITY (1,1),[Name] text,[Phone1] text,[MobilePhone] text,[Address] text,[Company] text,[E_Mail] text,[Web] text,[QQ] text,[MSN] text,[Duty] text,[Birthday] date,[Fax] text,[Postalcode] text,[Memo] memo,[GroupType] text,CONSTRAINT [Index1] PRIMARY KEY ([ID]));"_s;
+
+QString ConnectionName() { return QString::fromUtf16(TSys_DM::kConnectionName); }
+
+void CloseConnection() {
+  if (QSqlDatabase::contains(ConnectionName())) {
+    {
+      QSqlDatabase db = QSqlDatabase::database(ConnectionName(), false);
+      db.close();
+    }
+    QSqlDatabase::removeDatabase(ConnectionName());
+  }
+}
+
+// Runs statements of one guarded group: the first failure ends the group, and
+// the failure is neither shown nor logged.
+void GuardedGroup(TSys_DM &dm, std::initializer_list<QString> statements) {
+  try {
+    for (const QString &s : statements)
+      dm.Execute(s);
+  } catch (const EDatabaseError &) {
+  }
+}
+} // namespace
+
+TSys_DM::TSys_DM() = default;
+
+TSys_DM::~TSys_DM() = default;
+
+TSys_DM &Sys_DM() {
+  static TSys_DM dm;
+  return dm;
+}
+
+QSqlDatabase StoreConnection() { return QSqlDatabase::database(ConnectionName(), false); }
+
+bool TSys_DM::Connected() const { return StoreConnection().isOpen(); }
+
+void TSys_DM::DataModuleCreate() {
+  mainADOQuery.Close();
+  ADOQuery_Temp.Close();
+  CloseConnection();
+
+  const QString setting = SysConfig().DBFile;
+  if (!setting.isEmpty() && QFileInfo(setting).isFile()) {
+    m_fileName = setting;
+  } else {
+    m_fileName = AppFile(u"Database/Notes_DB.db"_s);
+    QDir().mkpath(QFileInfo(m_fileName).absolutePath());
+  }
+
+  QSqlDatabase db = QSqlDatabase::addDatabase(u"QSQLITE"_s, ConnectionName());
+  db.setDatabaseName(m_fileName);
+  // Another program holding the file gets a moment, not the console's whole shift.
+  db.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=1000"_s);
+  if (!db.open())
+    throw EDatabaseError(u"Cannot open the database "_s + m_fileName + u": "_s + db.lastError().text());
+
+  const QVariant handle = db.driver()->handle();
+  if (handle.isValid() && qstrcmp(handle.typeName(), "sqlite3*") == 0) {
+    if (sqlite3 *raw = *static_cast<sqlite3 *const *>(handle.data()))
+      RegisterJetFunctions(raw);
+  }
+
+  // A posted call record must survive the console's crash: the write-ahead log
+  // with synchronous=NORMAL keeps every committed row.
+  QSqlQuery pragma(db);
+  if (!pragma.exec(u"PRAGMA journal_mode=WAL"_s) || !pragma.exec(u"PRAGMA synchronous=NORMAL"_s))
+    throw EDatabaseError(u"Not a usable database: "_s + m_fileName + u": "_s +
+                         pragma.lastError().text());
+
+  if (!TableExists(u"MainInfo"_s))
+    Execute(kMainInfo);
+  DBinit();
+}
+
+void TSys_DM::DBinit() {
+  if (!TableExists(u"conRecords"_s))
+    Execute(kConRecords);
+  if (!TableExists(u"Task_Table"_s))
+    Execute(kTaskTable);
+  if (!TableExists(u"Exts"_s)) {
+    Execute(Memo_SQL_Exts);
+    // 3072 rows in one transaction: as separate commits they would take seconds.
+    QSqlDatabase db = StoreConnection();
+    db.transaction();
+    try {
+      for (int port = 0; port < 3072; ++port)
+        Execute(u"INSERT INTO Exts (portID) values(%1)"_s.arg(port));
+    } catch (...) {
+      db.rollback();
+      throw;
+    }
+    db.commit();
+  }
+  if (!TableExists(u"PBXConRecords"_s))
+    Execute(Memo_SQL_PBXConRecords);
+  if (!FieldExists(u"MainInfo"_s, u"IDCard"_s))
+    GuardedGroup(*this, {u"Alter Table MainInfo Add [IDCard] varchar(50)"_s});
+  if (!FieldExists(u"MainInfo"_s, u"GrpName"_s))
+    GuardedGroup(*this, {u"Alter Table MainInfo Add [GrpName] varchar(50)"_s});
+  if (!FieldExists(u"MainInfo"_s, u"BranchTel"_s))
+    GuardedGroup(*this, {u"Alter Table MainInfo Add [BranchTel] varchar(50)"_s});
+  if (!TableExists(u"MoringCallLog"_s))
+    Execute(Memo_SQL_MoringCallLog);
+
+  // These three probe MainInfo for columns of Exts, so they are always false and
+  // the groups run at every start: the first start adds the columns, later ones
+  // fail at their first statement, quietly.
+  if (!FieldExists(u"MainInfo"_s, u"NoDisturb_Time1_Checked"_s))
+    GuardedGroup(*this, {u"Alter Table Exts Add [NoDisturb_Time1_Checked] Bit"_s,
+                         u"Alter Table Exts Add [NoDisturb_Time2_Checked] Bit"_s,
+                         u"Alter Table Exts Add [NoDisturb_Time3_Checked] Bit"_s,
+                         u"Alter Table Exts Add [NoDisturb_Time1_Start] date"_s,
+                         u"Alter Table Exts Add [NoDisturb_Time1_End] date"_s,
+                         u"Alter Table Exts Add [NoDisturb_Time2_Start] date"_s,
+                         u"Alter Table Exts Add [NoDisturb_Time2_End] date"_s,
+                         u"Alter Table Exts Add [NoDisturb_Time3_Start] date"_s,
+                         u"Alter Table Exts Add [NoDisturb_Time3_End] date"_s});
+  if (!FieldExists(u"MainInfo"_s, u"MoringCall_isEveryDay"_s))
+    GuardedGroup(*this, {u"Alter Table Exts Add [MoringCall_isEveryDay] Bit"_s,
+                         u"Alter Table Exts Add [MoringCall_EveryDay_Time] date"_s});
+  if (!FieldExists(u"MainInfo"_s, u"MoringCall_Mode"_s))
+    GuardedGroup(*this, {u"Alter Table Exts Add [MoringCall_Mode] integer"_s});
+
+  // Indexes for the searches that run over large tables: the record view's date
+  // window and the call lists' latest hundred. Made once; nothing else changes.
+  GuardedGroup(*this, {u"CREATE INDEX IF NOT EXISTS PBXConRecords_startTime ON PBXConRecords (startTime)"_s});
+  GuardedGroup(*this, {u"CREATE INDEX IF NOT EXISTS conRecords_DateTime ON conRecords ([DateTime])"_s});
+}
+
+bool TSys_DM::TableExists(const QString &table) {
+  const QString wanted = table.toUpper();
+  const QStringList tables = StoreConnection().tables(QSql::AllTables);
+  for (const QString &name : tables) {
+    if (name.toUpper() == wanted)
+      return true;
+  }
+  return false;
+}
+
+bool TSys_DM::FieldExists(const QString &table, const QString &field) {
+  OpenSQL(u"select * from %1 where 1=2"_s.arg(table), ADOQuery_Temp);
+  return ADOQuery_Temp.HasField(field);
+}
+
+void TSys_DM::OpenSQL(const QString &sql, TADOQuery &query) {
+  query.Close();
+  query.SQL.clear();
+  query.SQL = sql;
+  query.Open();
+}
+
+QString TSys_DM::BuildPageSQL(int pageSize, int page, const QString &table, const QString &condition) {
+  if (page == 1)
+    return u"SELECT TOP %1 * FROM %2 WHERE (%3) ORDER BY id desc"_s.arg(pageSize).arg(table, condition);
+  return u"SELECT TOP %1 * FROM %2 WHERE (%3) and  (id NOT IN          (                SELECT TOP %4 id FROM %5 where (%6) ORDER BY id desc           ) )ORDER BY id desc"_s
+      .arg(pageSize)
+      .arg(table, condition)
+      .arg((page - 1) * pageSize)
+      .arg(table, condition);
+}
+
+int TSys_DM::GetRecordCount(const QString &table, const QString &condition) {
+  OpenSQL(u"select count(*) as recordCount from %1 where %2 "_s.arg(table, condition), ADOQuery_Temp);
+  return ADOQuery_Temp.AsInteger(u"recordCount"_s);
+}
+
+void TSys_DM::AddPBXConRecord(const TPBXConRecord &r) {
+  OpenSQL(u"select  * from PBXConRecords where 1=2"_s, ADOQuery_Temp);
+  ADOQuery_Temp.Append();
+  ADOQuery_Temp.SetString(u"Caller"_s, r.Caller);
+  ADOQuery_Temp.SetString(u"Called"_s, r.Called);
+  ADOQuery_Temp.SetString(u"assPhone"_s, r.assPhone);
+  ADOQuery_Temp.SetDateTime(u"startTime"_s, r.startTime);
+  ADOQuery_Temp.SetDateTime(u"stopTime"_s, r.stopTime);
+  ADOQuery_Temp.SetInteger(u"IOFlag"_s, r.IOFlag);
+  ADOQuery_Temp.SetInteger(u"RecType"_s, r.RecType);
+  ADOQuery_Temp.SetInteger(u"assType"_s, r.assType);
+  ADOQuery_Temp.Post();
+}
+
+void TSys_DM::AddMoringCallLog(const TMoringCallLog &r) {
+  OpenSQL(u"select  * from MoringCallLog where 1=2"_s, ADOQuery_Temp);
+  ADOQuery_Temp.Append();
+  ADOQuery_Temp.SetString(u"RoomNo"_s, r.RoomNo);
+  ADOQuery_Temp.SetString(u"Ext"_s, r.Ext);
+  ADOQuery_Temp.SetDateTime(u"CreateTime"_s, r.CreateTime);
+  ADOQuery_Temp.SetDateTime(u"MoringCallTime"_s, r.MoringCallTime);
+  ADOQuery_Temp.SetInteger(u"State"_s, r.State);
+  ADOQuery_Temp.Post();
+}
+
+void TSys_DM::Execute(const QString &jet) {
+  const QString sql = TranslateJet(jet);
+  if (HasSecondStatement(sql))
+    throw EDatabaseError(u"Refused: more than one statement ["_s + jet.left(160) + u']');
+  QSqlQuery q(StoreConnection());
+  if (!q.exec(sql))
+    throw EDatabaseError(q.lastError().text().trimmed() + u" ["_s + jet.simplified().left(160) + u']');
+}

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "directory/Query.h"
+
+#include <QSqlDatabase>
+#include <QString>
+
+// One row of the exchange's call records as received.
+struct TPBXConRecord {
+  qint32 ID = 0;
+  QString Caller;
+  QString Called;
+  qint32 Unused1 = 0;
+  TDateTime startTime;
+  TDateTime stopTime;
+  TDateTime Unused2;
+  qint32 assType = 0;
+  QString assPhone;
+  qint32 IOFlag = 0;
+  qint32 RecType = 0;
+};
+
+// One row of the wake-up call log.
+struct TMoringCallLog {
+  qint32 ID = 0;
+  QString RoomNo;
+  QString Ext;
+  qint32 Unused1 = 0;
+  TDateTime CreateTime;
+  TDateTime MoringCallTime;
+  qint32 State = 0;
+  qint32 Unused2 = 0;
+};
+
+// The data module: one SQLite connection for the whole run, the schema check at
+// start, and the few shared operations on it. The windows keep their own queries
+// on the same connection.
+class TSys_DM {
+public:
+  TSys_DM();
+  ~TSys_DM();
+
+  static constexpr char16_t kConnectionName[] = u"Sys_ADOConn";
+
+  // Opens the file the settings name when it exists, else Database/Notes_DB.db
+  // below the program folder (made if missing), and checks the schema. A failure
+  // raises EDatabaseError; the console goes on without a checked store.
+  void DataModuleCreate();
+  void DBinit();
+  bool Connected() const;
+  QString FileName() const { return m_fileName; }
+
+  bool TableExists(const QString &table);
+  bool FieldExists(const QString &table, const QString &field);
+  void OpenSQL(const QString &sql, TADOQuery &query);
+  static QString BuildPageSQL(int pageSize, int page, const QString &table, const QString &condition);
+  int GetRecordCount(const QString &table, const QString &condition);
+  void AddPBXConRecord(const TPBXConRecord &record);
+  void AddMoringCallLog(const TMoringCallLog &record);
+
+  // Runs one schema or data statement (Jet dialect) on the connection.
+  void Execute(const QString &jet);
+
+  TADOQuery mainADOQuery{QStringLiteral("mainADOQuery")};
+  TADOQuery ADOQuery_Temp{QStringLiteral("ADOQuery_Temp")};
+
+  // The statement texts the settings window holds for three tables.
+  static const QString Memo_SQL_Exts;
+  static const QString Memo_SQL_PBXConRecords;
+  static const QString Memo_SQL_MoringCallLog;
+
+private:
+  QString m_fileName;
+};
+
+// The process-wide data module, and its connection for the queries.
+TSys_DM &Sys_DM();
+QSqlDatabase StoreConnection();
