@@ -3,10 +3,12 @@
 #include "core/console/Login_Form.h"
 #include "core/console/Main_Form.h"
 #include "core/console/UserInfo_Form.h"
+#include "directory/SysDM_Unit.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
 #include "support/Paths.h"
 #include "support/Settings.h"
+#include "support/Shell.h"
 #include "support/Sysset_Unit.h"
 
 #include <QCoreApplication>
@@ -43,6 +45,9 @@ void ConsoleProcess::Start(const QString &home, bool autoLogin) {
   m_main->FormCreate();
   m_sysset = std::make_unique<Tsysset_Form>();
   m_sysset->FormCreate();
+  // The store opens after the settings, which name its file. A file that can't
+  // be used is reported and the console goes on without it.
+  RunGuarded([] { Sys_DM().DataModuleCreate(); });
   m_login = std::make_unique<TLogin_Form>(m_main.get());
   m_login->AutoLogin = autoLogin;
   m_userInfo = std::make_unique<TUserInfo_Form>();

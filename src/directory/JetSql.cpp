@@ -176,7 +176,8 @@ QString RewritePageQuery(const QString &jet) {
 QString TranslateJet(const QString &jetText) {
   // cdate(a-b): the difference of two dates, which SQLite can't take of the stored text.
   static const QRegularExpression dateDifference(
-      uR"(\bcdate\s*\(\s*([\w\[\]]+)\s*-\s*([\w\[\]]+)\s*\))"_s, QRegularExpression::CaseInsensitiveOption);
+      uR"(\bcdate\s*\(\s*(#[^#]*#|[\w\[\]]+)\s*-\s*(#[^#]*#|[\w\[\]]+)\s*\))"_s,
+      QRegularExpression::CaseInsensitiveOption);
   QString jet = RewritePageQuery(jetText);
   jet.replace(dateDifference, u"jet_cdate(jet_datesub(\\1,\\2))"_s);
 

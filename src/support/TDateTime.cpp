@@ -84,8 +84,11 @@ QString FormatFull(TDateTime value) {
 
 bool TryStrToDateTime(const QString &text, TDateTime *out) {
   const QString t = text.trimmed();
-  static const char16_t *const kDateTimeFormats[] = {u"yyyy-MM-dd hh:mm:ss", u"yyyy-MM-dd hh:mm",
-                                                     u"yyyy-MM-dd"};
+  // The console's own format first; then the forms a hand or another program
+  // writes: hours without their zero, slashes, one-digit months and days.
+  static const char16_t *const kDateTimeFormats[] = {
+      u"yyyy-MM-dd hh:mm:ss", u"yyyy-MM-dd hh:mm", u"yyyy-MM-dd", u"yyyy-M-d h:m:s",
+      u"yyyy-M-d h:m",        u"yyyy-M-d",         u"yyyy/M/d h:m:s", u"yyyy/M/d h:m", u"yyyy/M/d"};
   for (const char16_t *format : kDateTimeFormats) {
     const QDateTime dt = QDateTime::fromString(t, QStringView(format));
     if (dt.isValid()) {

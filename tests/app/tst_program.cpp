@@ -6,6 +6,8 @@
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -115,6 +117,20 @@ private slots:
       QVERIFY2(QFile::exists(home + u'/' + file), qPrintable(file));
       QCOMPARE(ReadFile(home + u'/' + file), ReadFile(SourcePath(u"resources/"_s + file)));
     }
+    // The store was made at the first start, with its whole schema.
+    QVERIFY(QFile::exists(home + u"/Database/Notes_DB.db"_s));
+    {
+      QSqlDatabase db = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"check"_s);
+      db.setDatabaseName(home + u"/Database/Notes_DB.db"_s);
+      QVERIFY(db.open());
+      QSqlQuery q(db);
+      QVERIFY(q.exec(u"select count(*), min(PortID), max(PortID) from Exts"_s) && q.next());
+      QCOMPARE(q.value(0).toInt(), 3072);
+      QCOMPARE(q.value(2).toInt(), 3071);
+      QVERIFY(q.exec(u"select IDCard, GrpName, BranchTel from MainInfo"_s));
+      QVERIFY(q.exec(u"select MoringCall_Mode, NoDisturb_Time3_End from Exts"_s));
+    }
+    QSqlDatabase::removeDatabase(u"check"_s);
     const QString ini = QString::fromUtf8(ReadFile(home + u"/ini/sys.ini"_s));
     const QStringList written{u"[Record]"_s,       u"[host]"_s,        u"IP="_s,
                               u"Port=5003"_s,      u"[user]"_s,        u"userName="_s,
