@@ -1,0 +1,125 @@
+// The console's own call log: storing a call, rebuilding the three lists from
+// the latest hundred, deleting rows, opening and dialling back a logged number.
+#include "directory/DirectoryPages.h"
+
+#include "directory/JetSql.h"
+#include "directory/SysDM_Unit.h"
+#include "support/Clock.h"
+#include "support/LanguagePack.h"
+#include "support/Log.h"
+#include "support/Shell.h"
+
+#include <QCoreApplication>
+
+using namespace Qt::StringLiterals;
+
+qint32 TDirectoryPages::AddConRecord(const QString &number, int state) {
+  // An empty cursor to append to: the cost of a call record stays the same
+  // however long the log has grown.
+  Sys_DM().OpenSQL(u"select * from conRecords where 1=2"_s, Select_ADOQuery);
+  Select_ADOQuery.Append();
+  Select_ADOQuery.SetString(u"TelNos"_s, number.isEmpty() ? u"?"_s : number);
+  Select_ADOQuery.SetInteger(u"State"_s, state);
+  Select_ADOQuery.SetDateTime(u"DateTime"_s, Now());
+  Select_ADOQuery.Post();
+  return Select_ADOQuery.AsInteger(u"ID"_s);
+}
+
+TCallListModel *TDirectoryPages::ListOfState(int state) {
+  switch (state) {
+  case 1:
+    return &lostIncom_LMDListBox;
+  case 2:
+    return &Incomed_LMDListBox;
+  case 3:
+    return &dialOut_LMDListBox;
+  default:
+    return nullptr;
+  }
+}
+
+void TDirectoryPages::LoadConRecords() {
+  const int generation = ++m_loadGeneration;
+  lostIncom_LMDListBox.Clear();
+  Incomed_LMDListBox.Clear();
+  dialOut_LMDListBox.Clear();
+
+  // The window is the hundred latest of all states together.
+  Sys_DM().OpenSQL(
+      u"SELECT top 100 ID, TelNos, DateTime, State FROM conRecords order by DateTime desc"_s,
+      select2_ADOQuery);
+  struct Logged {
+    int ID;
+    QString TelNos;
+    TDateTime When;
+    int State;
+  };
+  // Taken out of the cursor first: the walk lets the operator work between rows,
+  // and a search or a save in between may reuse the query.
+  QList<Logged> rows;
+  TADOQuery &q = select2_ADOQuery;
+  for (q.Last(); !q.Bof(); q.Prior())
+    rows.append({q.AsInteger(u"ID"_s), q.AsString(u"TelNos"_s), q.AsDateTime(u"DateTime"_s),
+                 q.AsInteger(u"State"_s)});
+  q.Close();
+
+  // Oldest first, each put on top, so every list ends with the newest first.
+  for (const Logged &row : rows) {
+    if (TCallListModel *list = ListOfState(row.State))
+      LoadCallItem(u"Phone1"_s, row.TelNos, row.ID, *list, row.When);
+    QCoreApplication::processEvents();
+    // A later rebuild (a second login while this one walks) owns the lists now.
+    if (generation != m_loadGeneration)
+      return;
+  }
+}
+
+void TDirectoryPages::DeleteConRecord(const QString &column, const QString &value) {
+  // The value is a row number the lists built; anything else goes in as text.
+  bool isNumber = false;
+  value.toLongLong(&isNumber);
+  const QString literal = isNumber ? value : u"'"_s + SqlText(value) + u"'"_s;
+  Excute_ADOQuery.SQL = u"delete from conRecords where ("_s + column + u"="_s + literal + u")"_s;
+  Excute_ADOQuery.ExecSQL();
+}
+
+void TDirectoryPages::DeleteSelectedCallItems(TCallListModel &list) {
+  if (list.SelCount() == 0)
+    return;
+  if (!TheShell().Question(LangText(349)))
+    return;
+  int i = 0;
+  while (i < list.Count()) {
+    if (!list.Selected(i)) {
+      ++i;
+      continue;
+    }
+    if (list.Item(i).IsEmpty())
+      break;
+    DeleteConRecord(u"ID"_s, list.Item(i).RowNo);
+    list.Delete(i); // the next row now stands at i
+  }
+}
+
+void TDirectoryPages::OpenCallItem(TCallListModel &list, int row) {
+  if (row < 0 || row >= list.Count())
+    return;
+  const QString number = list.Item(row).Number;
+  if (list.SelCount() > 0 && number.isEmpty())
+    return;
+  ShowCallerInfo(u"Phone1"_s, number);
+  emit pageRequested(Page::Con_TeTabSheet);
+}
+
+void TDirectoryPages::DialBackSelected(TCallListModel &list) {
+  const int row = list.ItemIndex;
+  if (row < 0 || row >= list.Count())
+    return;
+  const QString number = list.Item(row).Number;
+  if (DialNumber)
+    DialNumber(number);
+  else
+    WriteLog(u"No dial operation for "_s + number);
+  ShowCallerInfo(u"Phone1"_s, number);
+  emit pageRequested(Page::Con_TeTabSheet);
+}

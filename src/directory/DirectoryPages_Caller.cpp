@@ -1,0 +1,234 @@
+// Who is calling: the lookup that fills the call page, the rows of the incoming
+// and logged calls, and how a new call is announced.
+#include "directory/DirectoryPages.h"
+
+#include "directory/JetSql.h"
+#include "directory/PopMsg_Form.h"
+#include "directory/SysDM_Unit.h"
+#include "support/Clock.h"
+#include "support/LanguagePack.h"
+#include "support/Settings.h"
+#include "support/Shell.h"
+
+#include <QUrl>
+
+using namespace Qt::StringLiterals;
+
+QString CallerLookupSQL(const QString &field, const QString &number) {
+  // Both forms hold the caller's last seven characters anywhere in the stored
+  // number; the length test keeps an internal extension from matching an
+  // outside number that happens to contain it. The shortest stored number wins.
+  const QString n = SqlText(number);
+  const QString length = number.size() < 7 ? u"<=6"_s : u">6"_s;
+  return u"select * from maininfo where ( ( ( "_s + field + u" like '%'&right('"_s + n +
+         u"',7)&'%' ) and ( len(phone1)"_s + length +
+         u" ) ) or ( ( mobilePhone like '%'&right('"_s + n +
+         u"',7)&'%' ) ) and ( len(mobilePhone)"_s + length + u" ) ) order by len("_s + field +
+         u")"_s;
+}
+
+void TDirectoryPages::ShowCallerInfo(const QString &field, const QString &number) {
+  Sys_DM().OpenSQL(CallerLookupSQL(field, number), Select_ADOQuery);
+  TADOQuery &q = Select_ADOQuery;
+  q.First();
+  if (q.Eof()) {
+    CON_Name_LMDEdit.clear();
+    CON_Company_LMDEdit.clear();
+    CON_MobilePhone_LMDEdit.clear();
+    CON_Address_LMDEdit.clear();
+    CON_Fax_LMDEdit.clear();
+    CON_Email_LMDEdit.clear();
+    CON_Web_LMDEdit.clear();
+    CON_QQ_LMDEdit.clear();
+    CON_MSN_LMDEdit.clear();
+    CON_Duty_LMDEdit.clear();
+    CON_Memo_Memo.clear();
+    Con_GrpName_TeSComboBox.clear();
+    CON_Phone1_LMDEdit = number;
+    CurrentConID = -1;
+    ConEdit_LMDButton_Caption = LangText(275);
+    return;
+  }
+  CON_Name_LMDEdit = q.AsString(u"name"_s);
+  CON_Phone1_LMDEdit = q.AsString(u"Phone1"_s);
+  CON_Company_LMDEdit = q.AsString(u"Company"_s);
+  CON_MobilePhone_LMDEdit = q.AsString(u"MobilePhone"_s);
+  CON_Address_LMDEdit = q.AsString(u"Address"_s);
+  CON_Fax_LMDEdit = q.AsString(u"Fax"_s);
+  CON_Email_LMDEdit = q.AsString(u"E_mail"_s);
+  CON_Web_LMDEdit = q.AsString(u"WEB"_s);
+  CON_QQ_LMDEdit = q.AsString(u"QQ"_s);
+  CON_MSN_LMDEdit = q.AsString(u"MSN"_s);
+  CON_Duty_LMDEdit = q.AsString(u"Duty"_s);
+  Con_IDCard_TeSEdit = q.AsString(u"IDCard"_s);
+  Con_GrpName_TeSComboBox = q.AsString(u"GrpName"_s);
+  CON_Memo_Memo = q.AsString(u"Memo"_s);
+  CurrentConID = q.AsInteger(u"ID"_s);
+  ConEdit_LMDButton_Caption = LangText(276);
+}
+
+void TDirectoryPages::ConEdit_LMDButtonClick() {
+  emit pageRequested(Page::Mat_TeTabSheet);
+  LMDButton25Click();
+  TMaininfoRecord record;
+  GetConRecord(record);
+  SetMatRecord(record);
+  CurrentMatID = CurrentConID;
+  MatChanged = false;
+}
+
+TLmdlistItemRam TDirectoryPages::BuildLiveCallItem(const QString &field, const QString &number,
+                                                   int rowNo) {
+  RemoveIncomingItem(number);
+  // The lists match on the last seven characters exactly, a quicker and
+  // stricter test than the call page's lookup.
+  const QString n = SqlText(number);
+  Sys_DM().OpenSQL(u"select * from maininfo where (right("_s + field + u",7)=right('"_s + n +
+                       u"',7)) or (right(mobilePhone,7)=right('"_s + n + u"',7)) "_s,
+                   Select_ADOQuery);
+  TLmdlistItemRam item;
+  item.Number = number;
+  item.Time = CallItemTime(Now());
+  item.RowNo = QString::number(rowNo);
+  item.ContactID = u"-1"_s;
+  TADOQuery &q = Select_ADOQuery;
+  if (!q.IsEmpty()) {
+    q.First();
+    item.Name = q.AsString(u"name"_s);
+    item.Telephone = q.AsString(u"phone1"_s);
+    item.Mobile = q.AsString(u"MobilePhone"_s);
+    item.Company = q.AsString(u"Company"_s);
+    q.Close();
+  }
+  return item;
+}
+
+void TDirectoryPages::InsertCallItem(const QString &field, const QString &number, int rowNo,
+                                     TCallListModel &list) {
+  const TLmdlistItemRam item = BuildLiveCallItem(field, number, rowNo);
+  list.Insert(0, item);
+}
+
+void TDirectoryPages::AppendCallItem(const QString &field, const QString &number, int rowNo,
+                                     TCallListModel &list) {
+  const TLmdlistItemRam item = BuildLiveCallItem(field, number, rowNo);
+  list.Add(item);
+}
+
+void TDirectoryPages::RemoveIncomingItem(const QString &number) {
+  for (int i = 0; i < Incomings_LMDListBox.Count(); ++i) {
+    if (Incomings_LMDListBox.Item(i).Number == number) {
+      Incomings_LMDListBox.Delete(i);
+      return;
+    }
+  }
+}
+
+void TDirectoryPages::LoadCallItem(const QString &field, const QString &number, int rowNo,
+                                   TCallListModel &list, TDateTime when) {
+  TLmdlistItemRam item;
+  item.Time = CallItemTime(when);
+  item.RowNo = QString::number(rowNo);
+  item.ContactID = u"-1"_s;
+  // A call without a number is logged as "?": there is nobody to look up.
+  if (number.isEmpty() || number == u"?"_s) {
+    item.Number = u"?"_s;
+    list.Insert(0, item);
+    return;
+  }
+  item.Number = number;
+  Sys_DM().OpenSQL(CallerLookupSQL(field, number), Select_ADOQuery);
+  TADOQuery &q = Select_ADOQuery;
+  if (!q.IsEmpty()) {
+    q.First();
+    item.Name = q.AsString(u"name"_s);
+    item.Telephone = q.AsString(u"phone1"_s);
+    item.Mobile = q.AsString(u"MobilePhone"_s);
+    item.Company = q.AsString(u"Company"_s);
+    item.ContactID = q.AsString(u"ID"_s);
+  }
+  list.Insert(0, item);
+}
+
+void TDirectoryPages::AnnounceIncomingCall(const TIncomingCall &call) {
+  const QString &number = call.Number;
+  InsertCallItem(u"Phone1"_s, number, -1, Incomings_LMDListBox);
+  if (SysConfig().RingFlag == 0)
+    emit ringRequested();
+
+  const QString lineEnd = u"\n"_s;
+  if (!number.trimmed().isEmpty()) {
+    ShowCallerInfo(u"Phone1"_s, number);
+    const TLmdlistItemRam &first = Incomings_LMDListBox.Item(0);
+    IncomingHintText = LangFormat(319, {number, lineEnd}) + LangFormat(320, {first.Name, lineEnd}) +
+                       LangFormat(321, {first.Company, lineEnd});
+  } else {
+    IncomingHintText = LangFormat(322, {LangText(323), lineEnd}) +
+                       LangFormat(324, {LangText(325), lineEnd}) +
+                       LangFormat(326, {LangText(327), lineEnd});
+  }
+
+  switch (SysConfig().IncomStyle) {
+  case 0:
+    ShowIncomingDirect(number);
+    break;
+  case 1: {
+    const QString title = call.FromTrunk ? LangFormat(328, {call.TrunkCaption}) : LangText(329);
+    APICallNumber = number; // a click on the balloon shows this call
+    TheShell().Balloon(title, IncomingHintText, 10, BalloonIcon::Info);
+    break;
+  }
+  case 3:
+    ShowPopMsg(number);
+    break;
+  default:
+    APICallNumber = number;
+    TeSpeedButton_APIExcuteClick();
+    break;
+  }
+}
+
+void TDirectoryPages::ShowIncomingDirect(const QString &number) {
+  emit restoreMainWindowRequested();
+  const bool ringing = CallStillRinging ? CallStillRinging() : true;
+  if (ringing && !number.isEmpty()) {
+    ShowCallerInfo(u"Phone1"_s, number);
+    emit pageRequested(Page::Con_TeTabSheet);
+  }
+}
+
+void TDirectoryPages::BalloonClick() {
+  ShowIncomingDirect(APICallNumber);
+}
+
+void TDirectoryPages::CallBackArrived(const QString &number) {
+  InsertCallItem(u"Phone1"_s, number, -1, Incomings_LMDListBox);
+  if (SysConfig().RingFlag == 0)
+    emit ringRequested();
+  if (CurrentConID == -1 && !number.trimmed().isEmpty())
+    ShowCallerInfo(u"Phone1"_s, number);
+}
+
+void TDirectoryPages::ShowPopMsg(const QString &number) {
+  if (Form_PopMsg)
+    Form_PopMsg->ShowPopMsg(number);
+}
+
+void TDirectoryPages::TeSpeedButton_APIExcuteClick() {
+  const QString link = SysConfig().LinkURL;
+  if (link.trimmed().isEmpty()) {
+    TheShell().Message(MessageKind::Information, u"请先设置外部连接程序！"_s);
+    return;
+  }
+  const QString ext = OwnExtension ? OwnExtension() : QString();
+  if (!link.contains(u".exe"_s, Qt::CaseSensitive)) {
+    // The values go into the address encoded, so a crafted caller number can't
+    // add parameters of its own.
+    const auto enc = [](const QString &v) {
+      return QString::fromLatin1(QUrl::toPercentEncoding(v));
+    };
+    TheShell().Open(link + u"?TelNos="_s + enc(ext) + u'_' + enc(APICallNumber), QString());
+  } else {
+    TheShell().Open(link, ext + u'_' + APICallNumber);
+  }
+}
