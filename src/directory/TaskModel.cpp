@@ -149,42 +149,40 @@ void TTaskGrid::SetFilter(const QString &status) {
     r.Shown = status.isEmpty() || r.Cells.value(ColStatus) == status;
   RebuildShown();
   endResetModel();
-  m_current = -2; // the old row number means nothing now; always announce the new one
-  SetCurrentRow(m_shown.isEmpty() ? -1 : 0);
+  AnnounceCurrentRow(m_shown.isEmpty() ? -1 : 0);
 }
 
 void TTaskGrid::SortByDeadline() {
-  const int currentIndex = m_current >= 0 ? m_shown[m_current] : -1;
+  const int currentStore = m_current >= 0 ? m_shown[m_current] : -1;
   emit layoutAboutToBeChanged();
-  QList<int> order(m_rows.size());
-  for (int i = 0; i < order.size(); ++i)
-    order[i] = i;
-  std::stable_sort(order.begin(), order.end(), [this](int a, int b) {
-    return DeadlineOf(m_rows[a].Cells) < DeadlineOf(m_rows[b].Cells);
-  });
-  const QModelIndexList before = persistentIndexList();
-  QList<int> shownBefore = m_shown;
+  QList<TDateTime> deadlines;
+  QList<int> order;
+  for (int i = 0; i < m_rows.size(); ++i) {
+    deadlines.append(DeadlineOf(m_rows[i].Cells));
+    order.append(i);
+  }
+  std::stable_sort(order.begin(), order.end(),
+                   [&](int a, int b) { return deadlines[a] < deadlines[b]; });
   QList<Row> sorted;
-  sorted.reserve(m_rows.size());
-  QList<int> newIndexOf(m_rows.size());
+  QList<int> newStoreOf(m_rows.size());
   for (int i = 0; i < order.size(); ++i) {
     sorted.append(m_rows[order[i]]);
-    newIndexOf[order[i]] = i;
+    newStoreOf[order[i]] = i;
   }
+  const QList<int> shownBefore = m_shown;
   m_rows = sorted;
   RebuildShown();
-  // Keep the views' indexes on their rows' tasks.
+  // The views' indexes follow their tasks.
+  const QModelIndexList before = persistentIndexList();
   QModelIndexList after;
   for (const QModelIndex &idx : before) {
-    const int newStore = newIndexOf[shownBefore[idx.row()]];
-    after.append(index(int(m_shown.indexOf(newStore)), idx.column()));
+    const int store = newStoreOf[shownBefore[idx.row()]];
+    after.append(index(int(m_shown.indexOf(store)), idx.column()));
   }
   changePersistentIndexList(before, after);
   emit layoutChanged();
-  if (currentIndex >= 0) {
-    m_current = -2;
-    SetCurrentRow(int(m_shown.indexOf(newIndexOf[currentIndex])));
-  }
+  if (currentStore >= 0)
+    AnnounceCurrentRow(int(m_shown.indexOf(newStoreOf[currentStore])));
 }
 
 void TTaskGrid::SetCurrentRow(int row) {
@@ -198,6 +196,13 @@ void TTaskGrid::SetCurrentRow(int row) {
 
 TTaskColour TTaskGrid::RowColour(int row) const {
   return TaskDeadlineColour(Cell(row, ColStatus), Cell(row, ColDeadline), Now());
+}
+
+void TTaskGrid::AnnounceCurrentRow(int row) {
+  // After a filter or a sort the old number may name another task: the views
+  // learn the row even when its number stayed.
+  m_current = row < -1 || row >= m_shown.size() ? -1 : row;
+  emit currentRowChanged(m_current);
 }
 
 void TTaskGrid::RebuildShown() {

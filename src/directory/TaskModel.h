@@ -119,6 +119,7 @@ private:
     bool Shown = true;
   };
   void RebuildShown();
+  void AnnounceCurrentRow(int row);
 
   QList<Row> m_rows;
   QList<int> m_shown; // indexes into m_rows, in order

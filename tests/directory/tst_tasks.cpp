@@ -10,6 +10,7 @@
 #include "support/LanguagePack.h"
 #include "support/Paths.h"
 
+#include <QAbstractItemModelTester>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -147,8 +148,9 @@ private slots:
     tasks.AddTask(Task(u"later"_s, u"2024-05-20 09:00:00"_s));
     tasks.AddTask(Task(u"done"_s, u"2024-05-01 09:00:00"_s, kTaskFinished));
     tasks.AddTask(Task(u"sooner"_s, u"2024-05-17 09:00:00"_s));
-    tasks.FormCreate();
     TTaskGrid &grid = tasks.unfinishTask_AdvStringGrid;
+    QAbstractItemModelTester tester(&grid, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    tasks.FormCreate();
     QCOMPARE(ShownTitles(grid), (QStringList{u"sooner"_s, u"later"_s}));
     QCOMPARE(grid.CurrentRow(), 0);
     QCOMPARE(grid.headerData(TTaskGrid::ColDeadline, Qt::Horizontal), QVariant(LangText(610)));
