@@ -11,55 +11,6 @@
 
 using namespace Qt::StringLiterals;
 
-bool FindInMemo(const QString &text, const TMemoFindOptions &options, TMemoCaret &caret) {
-  const QString pattern =
-      options.WholeWord ? u' ' + options.FindText.trimmed() + u' ' : options.FindText;
-  if (pattern.isEmpty())
-    return false;
-  const Qt::CaseSensitivity cs = options.MatchCase ? Qt::CaseSensitive : Qt::CaseInsensitive;
-  const QStringList lines = text.split(u'\n');
-  QList<int> lineStart;
-  int offset = 0;
-  for (const QString &line : lines) {
-    lineStart.append(offset);
-    offset += int(line.size()) + 1;
-  }
-
-  // The line and column the search starts from: behind the selection going down,
-  // ahead of it going up.
-  const int from = std::clamp(options.Down ? caret.SelStart + caret.SelLength : caret.SelStart, 0,
-                              int(text.size()));
-  int line = 0;
-  while (line + 1 < lines.size() && lineStart[line + 1] <= from)
-    ++line;
-  const int column = from - lineStart[line];
-
-  auto hit = [&](int atLine, qsizetype atColumn) {
-    caret.SelStart = lineStart[atLine] + int(atColumn);
-    caret.SelLength = int(pattern.size());
-    return true;
-  };
-
-  if (options.Down) {
-    for (int l = line; l < lines.size(); ++l) {
-      const qsizetype at = lines[l].indexOf(pattern, l == line ? column : 0, cs);
-      if (at >= 0)
-        return hit(l, at);
-    }
-    return false;
-  }
-  for (int l = line; l >= 0; --l) {
-    qsizetype at = -1;
-    if (l != line)
-      at = lines[l].lastIndexOf(pattern, cs);
-    else if (column - pattern.size() >= 0) // the hit must end before the caret
-      at = lines[l].lastIndexOf(pattern, column - pattern.size(), cs);
-    if (at >= 0)
-      return hit(l, at);
-  }
-  return false;
-}
-
 TTaskEdit_Form::TTaskEdit_Form(TTasks_Form *tasks, QObject *parent)
     : TFormLogic("TTaskEdit_Form", parent), m_tasks(tasks) {}
 
@@ -67,7 +18,7 @@ void TTaskEdit_Form::SetTask(const TTaskType &task) {
   m_task = task;
   Title_TeSEdit = task.Title;
   Context_TeMemo = task.Context;
-  Context_Caret = {};
+  Context_SelText.clear();
   contacter_TeEdit = task.contacters;
   LastTime_TeDateTimePicker = task.lastDateTime;
   CreateTime_TeDateTimePicker = task.createDatetime;
@@ -145,14 +96,17 @@ void TTaskEdit_Form::TeButton1Click() {
 }
 
 void TTaskEdit_Form::TeButton5Click() {
-  FindDialog1.FindText = Context_TeMemo.mid(Context_Caret.SelStart, Context_Caret.SelLength);
-  Context_Caret = {};
+  FindDialog1_FindText = Context_SelText;
+  FindDialog1.SetText(Context_TeMemo);
+  FindDialog1.MoveCaretToStart();
   FindDialog1_Visible = true;
 }
 
 void TTaskEdit_Form::FindDialog1Find() {
-  if (FindDialog1.FindText.isEmpty())
-    return;
-  if (!FindInMemo(Context_TeMemo, FindDialog1, Context_Caret))
-    TheShell().Message(MessageKind::Information, LangText(FindDialog1.Down ? 271 : 272));
+  // The description may have been edited while the dialog was open.
+  QString memo = Context_TeMemo;
+  memo.replace(u"\r\n"_s, u"\n"_s);
+  if (FindDialog1.Lines().join(u'\n') != memo)
+    FindDialog1.SetText(Context_TeMemo);
+  FindDialog1.FindNext(FindDialog1_FindText);
 }

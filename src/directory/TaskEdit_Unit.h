@@ -1,33 +1,12 @@
 #pragma once
 
+#include "directory/MemoFind.h"
 #include "directory/TaskModel.h"
 #include "support/FormLogic.h"
 
 #include <functional>
 
 class TTasks_Form;
-
-// The find dialog of a memo: what to look for and how.
-struct TMemoFindOptions {
-  QString FindText;
-  bool Down = true;
-  bool MatchCase = false;
-  bool WholeWord = false;
-};
-
-// A memo's text with its caret and selection, counted in characters of the text
-// (a line end is one character).
-struct TMemoCaret {
-  int SelStart = 0;
-  int SelLength = 0;
-};
-
-// One press of the find dialog's "find next" on a memo: searches line by line
-// from the caret, down or up, and on a hit selects the found text so that the
-// next press goes on behind it. Case counts only when asked. A whole-word search
-// looks for the trimmed text between blanks. Returns false when the search ran
-// off the end (or the start) without a hit; the caret then stays.
-bool FindInMemo(const QString &text, const TMemoFindOptions &options, TMemoCaret &caret);
 
 // The task edit window: one task's title, description, related contact and
 // dates. It works on a copy of the task it was given; saving writes the store
@@ -45,15 +24,17 @@ public:
 
   QString Title_TeSEdit;
   QString Context_TeMemo;
-  TMemoCaret Context_Caret;
+  QString Context_SelText; // the memo's selection, as the screen reports it
   QString contacter_TeEdit;
   TDateTime LastTime_TeDateTimePicker;
   TDateTime CreateTime_TeDateTimePicker;
   QString finishTime_TeLabel;
 
-  // The description search's dialog.
+  // The description search: its dialog's text and options, and where it stands
+  // in the memo.
   bool FindDialog1_Visible = false;
-  TMemoFindOptions FindDialog1;
+  QString FindDialog1_FindText;
+  TMemoFind FindDialog1;
 
   // Shows the contact book's card of a name; the main form wires it.
   std::function<void(const QString &name)> FindByName;
