@@ -44,6 +44,8 @@ void ConsoleProcess::Start(const QString &home, bool autoLogin) {
   m_main = std::make_unique<TMain_Form>();
   m_main->FormCreate();
   m_sysset = std::make_unique<Tsysset_Form>();
+  connect(m_sysset.get(), &Tsysset_Form::ringToneButtonChanged, m_main.get(),
+          &TMain_Form::SetRingToneButton);
   m_sysset->FormCreate();
   // The store opens after the settings, which name its file. A file that can't
   // be used is reported and the console goes on without it.

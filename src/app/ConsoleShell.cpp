@@ -36,3 +36,7 @@ void ConsoleShell::Open(const QString &target, const QString &parameters) {
   Print(u"trunkdesk: open "_s + target + u' ' + parameters);
   WriteLog(u"Open: "_s + target + u' ' + parameters);
 }
+
+// Without a window there is no sound either; the log says when it would ring.
+void ConsoleShell::RingStart() { WriteLog(u"Ring start"_s); }
+void ConsoleShell::RingStop() { WriteLog(u"Ring stop"_s); }

@@ -12,4 +12,6 @@ public:
   bool Question(const QString &text) override;
   QString ChooseOpenFile(const QString &filter, const QString &startPath) override;
   void Open(const QString &target, const QString &parameters) override;
+  void RingStart() override;
+  void RingStop() override;
 };

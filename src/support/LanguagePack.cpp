@@ -131,7 +131,12 @@ QString FormatText(const QString &format, std::initializer_list<QVariant> args) 
     } else if (conv == u'x') {
       piece = QString::number(number, 16).toUpper();
     } else {
-      piece = QString::number(number);
+      piece = QString::number(qAbs(number));
+      // For a number the precision is its least count of digits: "%.2d" of 7 is "07".
+      if (precision > 0)
+        piece = piece.rightJustified(precision, u'0');
+      if (number < 0)
+        piece.prepend(u'-');
     }
     if (piece.size() < width)
       piece = left ? piece.leftJustified(width) : piece.rightJustified(width);

@@ -19,6 +19,8 @@ public:
   void Open(const QString &target, const QString &parameters) override {
     WriteLog(u"Open: "_s + target + u' ' + parameters);
   }
+  void RingStart() override {}
+  void RingStop() override {}
 };
 
 Shell *&Installed() {

@@ -26,6 +26,9 @@ public:
   // The desktop's "open" of a URL (mailto:, http://, ...) or a program with
   // parameters. Nothing here waits for it.
   virtual void Open(const QString &target, const QString &parameters) = 0;
+  // The ring of an incoming call: one sound, started and stopped.
+  virtual void RingStart() = 0;
+  virtual void RingStop() = 0;
 };
 
 // The application-wide handler: an error that ended an operation is shown to the

@@ -40,7 +40,15 @@ public:
     Opened.append(target + (parameters.isEmpty() ? QString() : u' ' + parameters));
   }
 
+  void RingStart() override {
+    Ringing = true;
+    ++RingStarts;
+  }
+  void RingStop() override { Ringing = false; }
+
   QList<Shown> Messages;
+  bool Ringing = false;
+  int RingStarts = 0;
   QStringList Opened; // "target parameters"
   QList<BalloonShown> Balloons;
   QStringList Questions;

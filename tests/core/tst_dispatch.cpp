@@ -74,9 +74,9 @@ private slots:
     QFETCH(int, type);
     QFETCH(bool, copied);
     Console c;
-    SysParam().CallerNo = u"8003"_s;
-    c.Feed(Packet(PacketType(type), 1, QByteArray(20, '\0')));
-    QCOMPARE(LastSysParam().CallerNo == u"8003"_s, copied);
+    SysParam().GsmNumber = u"8003"_s; // a field none of these packets touches
+    c.Feed(Packet(PacketType(type), 1, QByteArray(60, '\0')));
+    QCOMPARE(LastSysParam().GsmNumber == u"8003"_s, copied);
     QVERIFY(LogMemo().Lines().last().endsWith(
         u"typeCode:0x%1 "_s.arg(QString::number(quint32(qint32(type)), 16).toUpper())));
   }

@@ -232,6 +232,7 @@ private slots:
     QTest::newRow("width") << u"[%5d][%-3s]"_s << QVariantList{42, u"a"_s} << u"[   42][a  ]"_s;
     QTest::newRow("precision") << u"%.1f %.2s"_s << QVariantList{2.26, u"abc"_s} << u"2.3 ab"_s;
     QTest::newRow("hex") << u"%x"_s << QVariantList{255} << u"FF"_s;
+    QTest::newRow("zero-padded") << u"%.2d:%.2d"_s << QVariantList{7, -3} << u"07:-03"_s;
     QTest::newRow("too few values keep the rest")
         << u"%s and %s"_s << QVariantList{u"one"_s} << u"one and %s"_s;
     QTest::newRow("text where a number goes") << u"%d"_s << QVariantList{u"x"_s} << u"x"_s;

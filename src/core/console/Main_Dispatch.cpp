@@ -34,7 +34,7 @@ void TMain_Form::processPacketFromSocket(const char *packet, int length) {
     processPacketFromSocket_Login(work, GetText(work, 12, kWorkBufferSize - 12));
     break;
   case PacketType::CallState:
-    // The operator's own calls come with the attendant call handling.
+    processPacketFromSocket_CallState(work);
     break;
   case PacketType::UserInfo:
     processPacketFromSocket_UserInfo(work);

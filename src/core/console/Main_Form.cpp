@@ -15,6 +15,22 @@ TMain_Form::TMain_Form(QObject *parent) : TFormLogic("TMain_Form", parent) {
   PulseCheck_Timer.setInterval(15000);
   connect(&PulseCheck_Timer, &QTimer::timeout, this, &TMain_Form::PulseCheck_TimerTimer);
 
+  Msg_Timer.setObjectName(u"Msg_Timer"_s);
+  Msg_Timer.setInterval(1000);
+  connect(&Msg_Timer, &QTimer::timeout, this, &TMain_Form::Msg_TimerTimer);
+  incTime_Timer.setObjectName(u"incTime_Timer"_s);
+  incTime_Timer.setInterval(1000);
+  connect(&incTime_Timer, &QTimer::timeout, this, &TMain_Form::incTime_TimerTimer);
+  showTime_Timer.setObjectName(u"showTime_Timer"_s);
+  showTime_Timer.setInterval(500);
+  connect(&showTime_Timer, &QTimer::timeout, this, &TMain_Form::showTime_TimerTimer);
+  // Whatever goes on the display takes the place of the idle clock.
+  connect(&m_display, &TDisplay::aboutToShow, this, [this] {
+    showTime_Timer.stop();
+    userText_LMDEdit.clear();
+  });
+  CtrlMode_Caption = LangText(424);
+
   m_link.SetPacketHandler(
       [this](const char *packet, int length) { processPacketFromSocket(packet, length); });
   connect(&m_link.Winsock_TCP(), &TExchangeSocket::OnConnect, this, &TMain_Form::Winsock_TCPConnect);
@@ -37,6 +53,8 @@ void TMain_Form::FormShow() {
   LanguageFirstShow();
   m_link.StartWorker();
   m_display.Timer2.start();
+  incTime_Timer.start();
+  showTime_Timer.start();
   Tag = 1;
   if (!EverConnected) {
     SysParam().MyID = 65535;

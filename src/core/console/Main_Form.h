@@ -4,11 +4,13 @@
 #include "core/link/ExchangeLink.h"
 #include "support/FormLogic.h"
 
+#include <QDateTime>
 #include <QStringList>
 #include <QTimer>
 
 #include <functional>
 
+class TCallDirectory;
 class TLogin_Form;
 class TUserInfo_Form;
 
@@ -72,6 +74,68 @@ public:
   void TeSpeedButton9Click();  // re-login
   void TeSpeedButton11Click(); // log off
 
+  // --- the operator's own calls (Main_Calls.cpp) ---
+  TCallDirectory *CallDirectory = nullptr;
+  // The name of a trunk of kind 5 on a line, for the ringing balloon's title;
+  // empty for any other line (the device monitor answers it).
+  std::function<QString(int line)> AnalogTrunkName;
+
+  void processPacketFromSocket_CallState(const char *work);
+  void Call_StateChanged(const char *work);
+  static QString FilterDialString(const QString &text);
+  static QByteArray DigitCodes(const QString &number);
+  void DialNumber(const QString &number);
+  void DivertNumber(const QString &number);
+  void DialOneDigit(int code);
+
+  // The dial box and its history.
+  QString dial_TeSComboBox_Text;
+  QString dial_TeSComboBox_SelText;
+  QStringList dial_TeSComboBox_Items;
+  void dial_TeButtonClick();
+  void dial_TeSComboBoxKeyPress(QChar key);
+
+  // The panel that counts down while a number waits for the handset.
+  QTimer Msg_Timer;
+  int Msg_Timer_Tag = 0;
+  bool Msg_Panel_Visible = false;
+  QString Msg_Panel_Caption;
+  QString Msg_TeLabel;
+  void Msg_TimerTimer();
+  void Msg_TeButton1Click(); // cancel the waiting number
+
+  // Call-control keys.
+  void HoldClick();            // LMDButton18, tefxButton1
+  void ConferenceClick();      // LMDButton17, tefxButton2
+  void LMDButton21Click();     // cancel, not while idle or ringing
+  void tefxButton3Click();     // cancel, not while idle
+  void TransferClick();        // LMDButton20
+  void QueryClick();           // LMDButton22
+  void Offhook_tefxButtonClick();
+  void Onhook_tefxButtonClick();
+  int CtrlMode_Tag = 0;
+  QString CtrlMode_Caption;
+  bool HookKeys_Enabled = false;
+  void CtrlMode_tefxButtonClick();
+
+  // The ring key: its image and caption follow the mute setting.
+  int RingTone_ImageIndex = 15;
+  QString RingTone_Caption;
+  void RingTone_TeSpeedButtonClick();
+  void SetRingToneButton(int imageIndex, const QString &caption);
+
+  bool tefxSpeedButton1_Enabled = true;
+  // False while the exchange bars this console's guest-room actions.
+  bool ServiceAllowed = true;
+
+  // The clock on the idle display.
+  QTimer incTime_Timer;
+  QTimer showTime_Timer;
+  QDateTime CurrentTime;
+  QString userText_LMDEdit;
+  void incTime_TimerTimer();
+  void showTime_TimerTimer();
+
   // --- dispatch (Main_Dispatch.cpp) ---
   void processPacketFromSocket(const char *packet, int length);
 
@@ -97,6 +161,8 @@ signals:
   void gsmSendRequested();      // the SMS window's send key
   void gsmTimerStopRequested(); // the SMS window's time-out
   void recordsRefreshRequested();
+  void serviceAllowedChanged(bool allowed);
+  void callControlChanged(); // keys, panel or ring key changed
   void closeRequested(); // the frame should close the main window
 
 private:
