@@ -28,6 +28,7 @@ class TDirectoryPages : public QObject {
 public:
   // The pages the handlers may bring to the front.
   enum class Page { Con_TeTabSheet, Mat_TeTabSheet, Find_TeTabSheet };
+  Q_ENUM(Page)
 
   explicit TDirectoryPages(QObject *parent = nullptr);
   ~TDirectoryPages() override;

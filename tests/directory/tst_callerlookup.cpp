@@ -1,0 +1,321 @@
+// Who is calling: the lookup behind the call page, the rows of incoming calls,
+// the ways a call is announced, the pop-up and the external program.
+#include "common/RecordingShell.h"
+#include "common/TestHome.h"
+#include "directory/DirectoryPages.h"
+#include "directory/PopMsg_Form.h"
+#include "directory/SysDM_Unit.h"
+#include "support/Clock.h"
+#include "support/LanguagePack.h"
+#include "support/Paths.h"
+#include "support/Settings.h"
+
+#include <QSignalSpy>
+#include <QSqlQuery>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+bool LoadChinese(const TestHome &home) {
+  home.CopyShipped(u"ini/lang_chinese.lan"_s);
+  return LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
+}
+
+struct Desk {
+  TestHome home;
+  RecordingShell shell;
+  bool packLoaded = LoadChinese(home);
+  TDirectoryPages pages;
+  TForm_PopMsg pop;
+
+  Desk() {
+    Sys_DM().DataModuleCreate();
+    pages.Form_PopMsg = &pop;
+    SetClock([] { return QDateTime(QDate(2024, 3, 5), QTime(9, 7, 2)); });
+  }
+
+  int Store(const QString &name, const QString &phone, const QString &mobile = {},
+            const QString &company = {}) {
+    QSqlQuery q(StoreConnection());
+    q.prepare(u"INSERT INTO MainInfo (Name, Phone1, MobilePhone, Company, IDCard, Memo) "
+              u"VALUES (?,?,?,?,'110','note')"_s);
+    q.addBindValue(name);
+    q.addBindValue(phone);
+    q.addBindValue(mobile);
+    q.addBindValue(company);
+    if (!q.exec())
+      qFatal("insert failed");
+    return q.lastInsertId().toInt();
+  }
+};
+} // namespace
+
+class CallerLookupTest : public QObject {
+  Q_OBJECT
+
+private slots:
+  void statementByLength_data() {
+    QTest::addColumn<QString>("number");
+    QTest::addColumn<QString>("length");
+    QTest::newRow("six") << u"812345"_s << u"<=6"_s;
+    QTest::newRow("seven") << u"8123456"_s << u">6"_s;
+  }
+  void statementByLength() {
+    QFETCH(QString, number);
+    QFETCH(QString, length);
+    QCOMPARE(CallerLookupSQL(u"Phone1"_s, number),
+             u"select * from maininfo where ( ( ( Phone1 like '%'&right('"_s + number +
+                 u"',7)&'%' ) and ( len(phone1)"_s + length +
+                 u" ) ) or ( ( mobilePhone like '%'&right('"_s + number +
+                 u"',7)&'%' ) ) and ( len(mobilePhone)"_s + length +
+                 u" ) ) order by len(Phone1)"_s);
+  }
+
+  void findsTheCaller_data() {
+    QTest::addColumn<QString>("phone");
+    QTest::addColumn<QString>("mobile");
+    QTest::addColumn<QString>("number");
+    QTest::addColumn<bool>("found");
+    QTest::newRow("long in long") << u"00001111"_s << QString() << u"13900001111"_s << true;
+    QTest::newRow("long, stored short") << u"1234"_s << QString() << u"13900001234"_s << false;
+    QTest::newRow("internal") << u"8123"_s << QString() << u"8123"_s << true;
+    QTest::newRow("internal, stored long") << u"02168123"_s << QString() << u"8123"_s << false;
+    QTest::newRow("not anchored") << u"0213900001111999"_s << QString() << u"13900001111"_s << true;
+    QTest::newRow("mobile") << u"8000"_s << u"13900001111"_s << u"013900001111"_s << true;
+    QTest::newRow("seven, stored six") << u"123456"_s << QString() << u"0123456"_s << false;
+    QTest::newRow("quote") << u"12'45678"_s << QString() << u"12'45678"_s << true;
+    QTest::newRow("percent") << u"1%345"_s << QString() << u"1%345"_s << true;
+    QTest::newRow("hash") << u"#12#"_s << QString() << u"#12#"_s << true;
+    QTest::newRow("bracket") << u"1]2[3"_s << QString() << u"1]2[3"_s << true;
+    QTest::newRow("semicolon") << u"1;drop"_s << QString() << u"1;drop"_s << true;
+    QTest::newRow("steering") << u"999"_s << QString() << u"') or ('1'='1"_s << false;
+  }
+  void findsTheCaller() {
+    QFETCH(QString, phone);
+    QFETCH(QString, mobile);
+    QFETCH(QString, number);
+    QFETCH(bool, found);
+    Desk d;
+    const int id = d.Store(u"客户"_s, phone, mobile, u"公司"_s);
+    TDirectoryPages &p = d.pages;
+    p.Con_IDCard_TeSEdit = u"old"_s;
+    p.ShowCallerInfo(u"Phone1"_s, number);
+    QVERIFY(d.shell.Messages.isEmpty());
+    if (found) {
+      QCOMPARE(p.CurrentConID, id);
+      QCOMPARE(p.CON_Name_LMDEdit, u"客户"_s);
+      QCOMPARE(p.CON_Phone1_LMDEdit, phone); // the stored number, not the caller's
+      QCOMPARE(p.CON_Company_LMDEdit, u"公司"_s);
+      QCOMPARE(p.Con_IDCard_TeSEdit, u"110"_s);
+      QCOMPARE(p.CON_Memo_Memo, u"note"_s);
+      QCOMPARE(p.ConEdit_LMDButton_Caption, LangText(276));
+    } else {
+      QCOMPARE(p.CurrentConID, -1);
+      QCOMPARE(p.CON_Name_LMDEdit, QString());
+      QCOMPARE(p.CON_Phone1_LMDEdit, number);
+      QCOMPARE(p.Con_IDCard_TeSEdit, u"old"_s);
+      QCOMPARE(p.CON_Memo_Memo, QString());
+      QCOMPARE(p.ConEdit_LMDButton_Caption, LangText(275));
+    }
+  }
+
+  void shortestStoredNumberWins() {
+    Desk d;
+    d.Store(u"长"_s, u"02150001234"_s);
+    d.Store(u"短"_s, u"50001234"_s);
+    d.Store(u"中"_s, u"2150001234"_s);
+    d.pages.ShowCallerInfo(u"Phone1"_s, u"13950001234"_s);
+    QCOMPARE(d.pages.CON_Name_LMDEdit, u"短"_s);
+  }
+
+  void incomingRowsAndTheSimplerMatch() {
+    Desk d;
+    TDirectoryPages &p = d.pages;
+    d.Store(u"甲"_s, u"02150001234"_s, u"13900001111"_s, u"公司"_s);
+    TCallListModel &in = p.Incomings_LMDListBox;
+    p.InsertCallItem(u"Phone1"_s, u"50001234"_s, -1, in); // seven last characters equal
+    p.InsertCallItem(u"Phone1"_s, u"1234"_s, -1, in);     // not
+    QCOMPARE(in.Count(), 2);
+    QCOMPARE(in.Item(0).Text(), u"|1234||||2024-3-5 09:07:02|-1|-1"_s);
+    const TLmdlistItemRam known = in.Item(1);
+    QCOMPARE(known.Name, u"甲"_s);
+    QCOMPARE(known.Telephone, u"02150001234"_s);
+    QCOMPARE(known.Mobile, u"13900001111"_s);
+    QCOMPARE(known.Company, u"公司"_s);
+    QCOMPARE(known.ContactID, u"-1"_s); // a live row names no contact, found or not
+
+    // The same number again: one row, first, with the new time.
+    SetClock([] { return QDateTime(QDate(2024, 3, 5), QTime(10, 0, 0)); });
+    p.InsertCallItem(u"Phone1"_s, u"50001234"_s, -1, in);
+    QCOMPARE(in.Count(), 2);
+    QCOMPARE(in.Item(0).Number, u"50001234"_s);
+    QCOMPARE(in.Item(0).Time, u"2024-3-5 10:00:00"_s);
+
+    // A queue event appends; a row of another list also clears the incoming one.
+    p.AppendCallItem(u"Phone1"_s, u"777"_s, 12, in);
+    QCOMPARE(in.Item(in.Count() - 1).RowNo, u"12"_s);
+    p.InsertCallItem(u"Phone1"_s, u"1234"_s, 40, p.Incomed_LMDListBox);
+    QCOMPARE(in.Count(), 2);
+    QCOMPARE(p.Incomed_LMDListBox.Item(0).RowNo, u"40"_s);
+    p.RemoveIncomingItem(u"777"_s);
+    QCOMPARE(in.Count(), 1);
+
+    // Awkward numbers make rows like any other.
+    for (const QString &n : {u"'"_s, u"%"_s, u"#"_s, u"]"_s, u";"_s, u"' or 1=1 --"_s})
+      p.InsertCallItem(u"Phone1"_s, n, -1, in);
+    QCOMPARE(in.Count(), 7);
+    QCOMPARE(in.Item(0).Name, QString());
+    QVERIFY(d.shell.Messages.isEmpty());
+  }
+
+  void editingTheCallerOnTheContactPage() {
+    Desk d;
+    TDirectoryPages &p = d.pages;
+    const int id = d.Store(u"乙"_s, u"8123"_s);
+    QSignalSpy pages(&p, &TDirectoryPages::pageRequested);
+
+    p.CON_Memo_Memo = u"call notes"_s;
+    p.ShowCallerInfo(u"Phone1"_s, u"13900009999"_s);
+    p.CON_Memo_Memo = u"call notes"_s;
+    p.ConEdit_LMDButtonClick();
+    QCOMPARE(pages.last()[0].value<TDirectoryPages::Page>(), TDirectoryPages::Page::Mat_TeTabSheet);
+    QCOMPARE(p.CurrentMatID, -1);
+    QCOMPARE(p.MAT_Phone1_LMDEdit, u"13900009999"_s);
+    QCOMPARE(p.Mat_Memo_Memo, u"call notes"_s);
+    QVERIFY(!p.MatChanged);
+    p.LMDButton26Click(); // a new contact
+    QCOMPARE(d.shell.Messages.last().Text, LangText(264));
+
+    p.ShowCallerInfo(u"Phone1"_s, u"8123"_s);
+    p.ConEdit_LMDButtonClick();
+    QCOMPARE(p.CurrentMatID, id);
+    QCOMPARE(p.MAT_Name_LMDEdit, u"乙"_s);
+    QVERIFY(!p.MatChanged);
+  }
+
+  void announcingACall_data() {
+    QTest::addColumn<int>("style");
+    QTest::addColumn<QString>("number");
+    QTest::addColumn<bool>("trunk");
+    QTest::addColumn<int>("balloons");
+    QTest::addColumn<bool>("popped");
+    QTest::addColumn<int>("opened");
+    QTest::addColumn<int>("restored");
+    QTest::newRow("direct") << 0 << u"8123"_s << false << 0 << false << 0 << 1;
+    QTest::newRow("balloon") << 1 << u"8123"_s << false << 1 << false << 0 << 0;
+    QTest::newRow("balloon, trunk") << 1 << u"8123"_s << true << 1 << false << 0 << 0;
+    QTest::newRow("external") << 2 << u"8123"_s << false << 0 << false << 1 << 0;
+    QTest::newRow("pop-up") << 3 << u"8123"_s << false << 0 << true << 0 << 0;
+    QTest::newRow("any other") << 7 << u"8123"_s << false << 0 << false << 1 << 0;
+    QTest::newRow("no number") << 1 << u" "_s << false << 1 << false << 0 << 0;
+  }
+  void announcingACall() {
+    QFETCH(int, style);
+    QFETCH(QString, number);
+    QFETCH(bool, trunk);
+    QFETCH(int, balloons);
+    QFETCH(bool, popped);
+    QFETCH(int, opened);
+    QFETCH(int, restored);
+    Desk d;
+    TDirectoryPages &p = d.pages;
+    d.Store(u"丙"_s, u"8123"_s, QString(), u"丙公司"_s);
+    SysConfig().IncomStyle = style;
+    SysConfig().RingFlag = 0;
+    SysConfig().LinkURL = u"http://crm.local/pop"_s;
+    p.OwnExtension = [] { return u"8001"_s; };
+    QSignalSpy ring(&p, &TDirectoryPages::ringRequested);
+    QSignalSpy restore(&p, &TDirectoryPages::restoreMainWindowRequested);
+    QSignalSpy page(&p, &TDirectoryPages::pageRequested);
+
+    p.AnnounceIncomingCall({number, trunk, u"中继1"_s});
+    QCOMPARE(p.Incomings_LMDListBox.Count(), 1);
+    QCOMPARE(ring.size(), 1);
+    QCOMPARE(restore.size(), restored);
+    QCOMPARE(page.size(), restored);
+    QCOMPARE(d.shell.Balloons.size(), balloons);
+    QCOMPARE(d.pop.Visible(), popped);
+    QCOMPARE(d.shell.Opened.size(), opened);
+    const bool known = !number.trimmed().isEmpty();
+    QCOMPARE(p.CurrentConID != -1, known);
+    const QString hint = known ? u"来电号码: 8123\n姓名: 丙\n单位: 丙公司\n"_s
+                               : u"来电号码: 未知号码\n姓名: 未知\n单位: 未知\n"_s;
+    QCOMPARE(p.IncomingHintText, hint);
+    if (balloons) {
+      const RecordingShell::BalloonShown &b = d.shell.Balloons[0];
+      QCOMPARE(b.Title, trunk ? u"中继来电: 中继1"_s : LangText(329));
+      QCOMPARE(b.Text, hint);
+      QCOMPARE(b.Seconds, 10);
+      QCOMPARE(b.Icon, BalloonIcon::Info);
+      // A click on it acts as the direct style.
+      p.BalloonClick();
+      QCOMPARE(restore.size(), 1);
+    }
+    if (popped) {
+      QCOMPARE(d.pop.Caption, u"新来电:8123"_s);
+      QCOMPARE(d.pop.Label_Incoming, u"8123"_s);
+      QCOMPARE(d.pop.Label_Time, u"2024-03-05 09:07:02"_s);
+    }
+    if (opened)
+      QCOMPARE(d.shell.Opened[0], u"http://crm.local/pop?TelNos=8001_8123"_s);
+  }
+
+  void aSilentConsoleAndACallThatStoppedRinging() {
+    Desk d;
+    TDirectoryPages &p = d.pages;
+    SysConfig().RingFlag = 1;
+    SysConfig().IncomStyle = 0;
+    p.CallStillRinging = [] { return false; };
+    QSignalSpy ring(&p, &TDirectoryPages::ringRequested);
+    QSignalSpy page(&p, &TDirectoryPages::pageRequested);
+    p.AnnounceIncomingCall({u"8123"_s, false, {}});
+    QCOMPARE(ring.size(), 0);
+    QCOMPARE(page.size(), 0);
+
+    // A call back looks the number up only while the call page shows nobody.
+    p.CurrentConID = 5;
+    p.CON_Phone1_LMDEdit = u"kept"_s;
+    p.CallBackArrived(u"9000"_s);
+    QCOMPARE(p.CON_Phone1_LMDEdit, u"kept"_s);
+    p.CurrentConID = -1;
+    p.CallBackArrived(u"9000"_s);
+    QCOMPARE(p.CON_Phone1_LMDEdit, u"9000"_s);
+    QCOMPARE(p.Incomings_LMDListBox.Count(), 2);
+  }
+
+  void externalProgram_data() {
+    QTest::addColumn<QString>("link");
+    QTest::addColumn<QString>("number");
+    QTest::addColumn<QString>("opened");
+    QTest::addColumn<bool>("refused");
+    QTest::newRow("web address") << u"http://crm.local/in"_s << u"13900001111"_s
+                                 << u"http://crm.local/in?TelNos=8001_13900001111"_s << false;
+    QTest::newRow("program") << u"C:/crm/pop.exe"_s << u"13900001111"_s
+                             << u"C:/crm/pop.exe 8001_13900001111"_s << false;
+    QTest::newRow("upper-case EXE is an address")
+        << u"C:/crm/POP.EXE"_s << u"1"_s << u"C:/crm/POP.EXE?TelNos=8001_1"_s << false;
+    QTest::newRow("crafted number stays one value")
+        << u"http://crm.local/in"_s << u"1&x=2#y"_s
+        << u"http://crm.local/in?TelNos=8001_1%26x%3D2%23y"_s << false;
+    QTest::newRow("blank setting") << u"   "_s << u"1"_s << QString() << true;
+  }
+  void externalProgram() {
+    QFETCH(QString, link);
+    QFETCH(QString, number);
+    QFETCH(QString, opened);
+    QFETCH(bool, refused);
+    Desk d;
+    SysConfig().LinkURL = link;
+    d.pages.OwnExtension = [] { return u"8001"_s; };
+    d.pages.APICallNumber = number;
+    d.pages.TeSpeedButton_APIExcuteClick();
+    QCOMPARE(d.shell.Opened, refused ? QStringList() : QStringList{opened});
+    QCOMPARE(d.shell.Messages.size(), refused ? 1 : 0);
+    if (refused)
+      QCOMPARE(d.shell.Messages[0].Text, u"请先设置外部连接程序！"_s);
+  }
+};
+
+QTEST_GUILESS_MAIN(CallerLookupTest)
+#include "tst_callerlookup.moc"
