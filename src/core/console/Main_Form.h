@@ -63,7 +63,8 @@ public:
 
   TExchangeLink &Link() { return m_link; }
   TDisplay &Display() { return m_display; }
-  void ShowDisplay(const QString &text, bool blink) { m_display.ShowDisplay(text, blink); }
+  const TDisplay &Display() const { return m_display; }
+  void ShowDisplay(QString text, bool blink) { m_display.ShowDisplay(std::move(text), blink); }
 
   // --- session (Main_Session.cpp) ---
   QTimer PulseCheck_Timer;

@@ -12,7 +12,7 @@ QString TDisplay::BlankBuffer() {
   return QString(kLineLength, u' ') + u'\r' + QString(kLineLength, u' ');
 }
 
-void TDisplay::ShowDisplay(const QString &text, bool blink) {
+void TDisplay::ShowDisplay(QString text, bool blink) {
   emit aboutToShow();
   const qsizetype n = text.size();
   if (n >= 2 * kLineLength)

@@ -17,7 +17,9 @@ public:
   explicit TDisplay(QObject *parent = nullptr);
 
   // Puts text on the display. Text of 40 characters or more leaves it as it was.
-  void ShowDisplay(const QString &text, bool blink);
+  // The text is taken by value: showing it first clears the clock's own text box,
+  // which may be where the text came from.
+  void ShowDisplay(QString text, bool blink);
 
   const QString &Buffer1() const { return m_buffers[0]; }
   const QString &Buffer2() const { return m_buffers[1]; }
