@@ -3,6 +3,7 @@
 #include "directory/CallListModel.h"
 #include "directory/ContactGridModel.h"
 #include "directory/ContactRecord.h"
+#include "directory/MemoFind.h"
 #include "directory/Query.h"
 
 #include <QObject>
@@ -129,6 +130,16 @@ public:
   void GetConRecord(TMaininfoRecord &record) const;
   void SetMatRecord(const TMaininfoRecord &record);
   void RefreshGroupNames();
+  // The two group boxes of the cards fill themselves again as they drop down.
+  void Mat_GrpName_TeSComboBoxDropDown();
+  void Con_GrpName_TeSComboBoxDropDown();
+
+  // The find dialog over the card's memo: LMDButton29 opens it with the memo's
+  // selection, each press of its button (FindDialog1Find) finds the next hit.
+  TMemoFind FindDialog1;
+  QString FindDialog1_FindText;
+  void LMDButton29Click(const QString &memoSelection);
+  bool FindDialog1Find();
 
   void LMDButton26Click(); // save
   void LMDButton25Click(); // new
@@ -197,6 +208,12 @@ public:
   QString AndSearchSQL() const;
   QString OrSearchSQL() const;
 
+  // TeSpeedButton2..5 walk the grid's rows.
+  void TeSpeedButton2Click() { MainInfo_DBAdvStringGrid.First(); }
+  void TeSpeedButton3Click() { MainInfo_DBAdvStringGrid.Prior(); }
+  void TeSpeedButton4Click() { MainInfo_DBAdvStringGrid.Next(); }
+  void TeSpeedButton5Click() { MainInfo_DBAdvStringGrid.Last(); }
+
   void MainInfo_DBAdvStringGridCanSort(int column);
   // A double click on a grid row: the contact to the contact page.
   void MainInfo_DBAdvStringGridDblClick(int row);
@@ -221,6 +238,17 @@ public:
   void OpenCallItem(TCallListModel &list, int row);
   // N10 (dialled), MenuItem6 (missed), MenuItem1 (answered): call the selected number.
   void DialBackSelected(TCallListModel &list);
+  // The lists' menus and the Delete key (46) on any of the three.
+  void N11Click() { DeleteSelectedCallItems(dialOut_LMDListBox); }
+  void MenuItem7Click() { DeleteSelectedCallItems(lostIncom_LMDListBox); }
+  void MenuItem5Click() { DeleteSelectedCallItems(Incomed_LMDListBox); }
+  void N10Click() { DialBackSelected(dialOut_LMDListBox); }
+  void MenuItem6Click() { DialBackSelected(lostIncom_LMDListBox); }
+  void MenuItem1Click() { DialBackSelected(Incomed_LMDListBox); }
+  void CallListKeyDown(TCallListModel &list, int key) {
+    if (key == 46)
+      DeleteSelectedCallItems(list);
+  }
 
 signals:
   void pageRequested(TDirectoryPages::Page page);
@@ -228,7 +256,7 @@ signals:
   void ringRequested();
   void smsRequested(const QString &number);
   void taskContactChosen(const QString &name);
-  // The memo find dialog of the contact page (LMDButton29).
+  // The memo's find dialog is to show, its lower edge on the memo's upper edge.
   void memoFindRequested();
 
 private:
@@ -242,6 +270,7 @@ private:
   void UpdateCallLists(ListUpdate kind, const TMaininfoRecord &contact);
   void UpdateCallList(TCallListModel &list, ListUpdate kind, const TMaininfoRecord &contact);
 
+  void FillGroupNames(QStringList &items);
   void RunCompanySearch(const QString &text, const QString &selected);
   void RunNamedSearch(const QString &sql);
   void ShowIncomingDirect(const QString &number);

@@ -205,18 +205,40 @@ void TDirectoryPages::LMDButton25Click() {
   CurrentMatID = -1;
 }
 
-void TDirectoryPages::RefreshGroupNames() {
-  for (QStringList *items : {&Mat_GrpName_TeSComboBox_Items, &Con_GrpName_TeSComboBox_Items,
-                             &Find_GrpName_TeSComboBox_Items}) {
-    items->clear();
-    Sys_DM().OpenSQL(u"SELECT DISTINCT GrpName FROM MainInfo order by GrpName"_s, select2_ADOQuery);
-    for (select2_ADOQuery.First(); !select2_ADOQuery.Eof(); select2_ADOQuery.Next()) {
-      const QString name = select2_ADOQuery.AsString(u"GrpName"_s);
-      if (!name.isEmpty())
-        items->append(name);
-    }
-    select2_ADOQuery.Close();
+void TDirectoryPages::FillGroupNames(QStringList &items) {
+  items.clear();
+  Sys_DM().OpenSQL(u"SELECT DISTINCT GrpName FROM MainInfo order by GrpName"_s, select2_ADOQuery);
+  for (select2_ADOQuery.First(); !select2_ADOQuery.Eof(); select2_ADOQuery.Next()) {
+    const QString name = select2_ADOQuery.AsString(u"GrpName"_s);
+    if (!name.isEmpty())
+      items.append(name);
   }
+  select2_ADOQuery.Close();
+}
+
+void TDirectoryPages::RefreshGroupNames() {
+  FillGroupNames(Mat_GrpName_TeSComboBox_Items);
+  FillGroupNames(Con_GrpName_TeSComboBox_Items);
+  FillGroupNames(Find_GrpName_TeSComboBox_Items);
+}
+
+void TDirectoryPages::Mat_GrpName_TeSComboBoxDropDown() {
+  FillGroupNames(Mat_GrpName_TeSComboBox_Items);
+}
+
+void TDirectoryPages::Con_GrpName_TeSComboBoxDropDown() {
+  FillGroupNames(Con_GrpName_TeSComboBox_Items);
+}
+
+void TDirectoryPages::LMDButton29Click(const QString &memoSelection) {
+  FindDialog1.SetText(Mat_Memo_Memo);
+  FindDialog1_FindText = memoSelection;
+  FindDialog1.MoveCaretToStart();
+  emit memoFindRequested();
+}
+
+bool TDirectoryPages::FindDialog1Find() {
+  return FindDialog1.FindNext(FindDialog1_FindText);
 }
 
 void TDirectoryPages::N4Click() {

@@ -55,23 +55,6 @@ class CallerLookupTest : public QObject {
   Q_OBJECT
 
 private slots:
-  void statementByLength_data() {
-    QTest::addColumn<QString>("number");
-    QTest::addColumn<QString>("length");
-    QTest::newRow("six") << u"812345"_s << u"<=6"_s;
-    QTest::newRow("seven") << u"8123456"_s << u">6"_s;
-  }
-  void statementByLength() {
-    QFETCH(QString, number);
-    QFETCH(QString, length);
-    QCOMPARE(CallerLookupSQL(u"Phone1"_s, number),
-             u"select * from maininfo where ( ( ( Phone1 like '%'&right('"_s + number +
-                 u"',7)&'%' ) and ( len(phone1)"_s + length +
-                 u" ) ) or ( ( mobilePhone like '%'&right('"_s + number +
-                 u"',7)&'%' ) ) and ( len(mobilePhone)"_s + length +
-                 u" ) ) order by len(Phone1)"_s);
-  }
-
   void findsTheCaller_data() {
     QTest::addColumn<QString>("phone");
     QTest::addColumn<QString>("mobile");
@@ -83,6 +66,7 @@ private slots:
     QTest::newRow("internal, stored long") << u"02168123"_s << QString() << u"8123"_s << false;
     QTest::newRow("not anchored") << u"0213900001111999"_s << QString() << u"13900001111"_s << true;
     QTest::newRow("mobile") << u"8000"_s << u"13900001111"_s << u"013900001111"_s << true;
+    QTest::newRow("six, stored seven") << u"0812345"_s << QString() << u"812345"_s << false;
     QTest::newRow("seven, stored six") << u"123456"_s << QString() << u"0123456"_s << false;
     QTest::newRow("quote") << u"12'45678"_s << QString() << u"12'45678"_s << true;
     QTest::newRow("percent") << u"1%345"_s << QString() << u"1%345"_s << true;

@@ -619,40 +619,42 @@ private slots:
   }
 
   void memoFind() {
-    TestHome home;
-    LoadChinese(home);
-    RecordingShell shell;
-    TMemoFind find(u"Call Bob back\r\nbob's fax\r\nAsk bob about the bobsled"_s);
-    find.MoveCaretToStart();
-    QVERIFY(find.FindNext(u"bob"_s));
+    Book b;
+    TDirectoryPages &p = b.pages;
+    p.Mat_Memo_Memo = u"Call Bob back\nbob's fax\nAsk bob about the bobsled"_s;
+    p.LMDButton29Click(u"bob"_s);
+    TMemoFind &find = p.FindDialog1;
+    QVERIFY(p.FindDialog1Find());
     QCOMPARE(find.SelStart, 5);
-    QVERIFY(find.FindNext(u"bob"_s));
+    QVERIFY(p.FindDialog1Find());
     QCOMPARE(find.SelStart, 15); // 13 characters and a line end of two
     find.MatchCase = true;
-    QVERIFY(find.FindNext(u"Bob"_s) == false);
-    QCOMPARE(shell.Messages.last().Text, LangText(271));
+    p.FindDialog1_FindText = u"Bob"_s;
+    QVERIFY(!p.FindDialog1Find());
+    QCOMPARE(b.shell.Messages.last().Text, LangText(271));
+
     find.MatchCase = false;
     find.WholeWord = true;
-    find.MoveCaretToStart();
-    QVERIFY(find.FindNext(u" bob "_s));
+    p.LMDButton29Click(u" bob "_s);
+    QVERIFY(p.FindDialog1Find());
     QCOMPARE(find.FoundLine, 0);
-    QVERIFY(find.FindNext(u"bob"_s));
+    QVERIFY(p.FindDialog1Find());
     QCOMPARE(find.FoundLine, 2);
     QCOMPARE(find.FoundColumn, 3);
     QCOMPARE(find.SelLength, 5);
+
+    // Upward from behind the last hit.
     find.WholeWord = false;
     find.Down = false;
-    QVERIFY(find.FindNext(u"bob"_s));
-    QCOMPARE(find.FoundLine, 2);
-    QCOMPARE(find.FoundColumn, 4);
-    QVERIFY(find.FindNext(u"bob"_s));
-    QCOMPARE(find.FoundLine, 1);
-    QCOMPARE(find.FoundColumn, 0);
-    QVERIFY(find.FindNext(u"bob"_s));
-    QCOMPARE(find.FoundLine, 0);
-    QCOMPARE(find.SelStart, 5);
-    QVERIFY(!find.FindNext(u"bob"_s));
-    QCOMPARE(shell.Messages.last().Text, LangText(272));
+    p.FindDialog1_FindText = u"bob"_s;
+    const std::pair<int, int> upward[] = {{2, 4}, {1, 0}, {0, 5}};
+    for (const auto &[line, column] : upward) {
+      QVERIFY(p.FindDialog1Find());
+      QCOMPARE(find.FoundLine, line);
+      QCOMPARE(find.FoundColumn, column);
+    }
+    QVERIFY(!p.FindDialog1Find());
+    QCOMPARE(b.shell.Messages.last().Text, LangText(272));
   }
 };
 
