@@ -11,9 +11,9 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QTimer>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <benchmark/benchmark.h>
 
@@ -65,8 +65,8 @@ static void BM_LoopbackPulses(benchmark::State &state) {
     main.Link().Winsock_TCP().RemoteHost = u"127.0.0.1"_s;
     main.Link().Winsock_TCP().RemotePort = sim.Port();
     main.Link().Winsock_TCP().Connect();
-    if (!QTest::qWaitFor([&] { return sim.IsConnected() && main.Link().Winsock_TCP().State() == 7; },
-                         10000)) {
+    if (!QTest::qWaitFor(
+            [&] { return sim.IsConnected() && main.Link().Winsock_TCP().State() == 7; }, 10000)) {
       state.SkipWithError("no connection");
       return;
     }

@@ -35,7 +35,8 @@ struct YearOfRecords {
     QSqlDatabase db = StoreConnection();
     db.transaction();
     QSqlQuery q(db);
-    q.prepare(u"INSERT INTO PBXConRecords (Caller, Called, startTime, stopTime, assType, IOFlag, RecType) "
+    q.prepare(u"INSERT INTO PBXConRecords (Caller, Called, startTime, stopTime, assType, IOFlag, "
+              u"RecType) "
               u"VALUES (?, ?, ?, ?, 0, 1, 0)"_s);
     for (int i = 0; i < kRecords; ++i) {
       const TDateTime start = kYearStart + 365.0 * i / kRecords;

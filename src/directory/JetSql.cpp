@@ -12,7 +12,9 @@ struct Token {
   QString text;
 };
 
-bool IsWordChar(QChar c) { return c.isLetterOrNumber() || c == u'_'; }
+bool IsWordChar(QChar c) {
+  return c.isLetterOrNumber() || c == u'_';
+}
 
 // A #...# literal of the console's formats, times possibly with doubled colons
 // (the escaping a parameter-checking query layer expects), as stored text.

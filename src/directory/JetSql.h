@@ -19,7 +19,9 @@ QString SqlTextDq(const QString &value);
 // A value put into a LIKE pattern: quotes doubled as above. Jet's LIKE through the
 // engine treats % and _ as wildcards; the console's searches put % around the
 // text, and a % typed by the operator stays a wildcard as it always was.
-inline QString SqlLikeText(const QString &value) { return SqlText(value); }
+inline QString SqlLikeText(const QString &value) {
+  return SqlText(value);
+}
 
 // True when the text holds more than one statement (a ';' outside quotes that is
 // not the last character). The store refuses such text.

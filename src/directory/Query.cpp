@@ -125,8 +125,12 @@ void TADOQuery::Prior() {
   }
 }
 
-bool TADOQuery::Eof() const { return m_eof; }
-bool TADOQuery::Bof() const { return m_bof; }
+bool TADOQuery::Eof() const {
+  return m_eof;
+}
+bool TADOQuery::Bof() const {
+  return m_bof;
+}
 
 void TADOQuery::SetRecNo(int recNo) {
   if (recNo >= 1 && recNo <= m_rows.size()) {
@@ -154,8 +158,12 @@ const QVariant &TADOQuery::Cell(const QString &name) const {
   return m_rows[m_pos][i];
 }
 
-QVariant TADOQuery::Value(const QString &name) const { return Cell(name); }
-bool TADOQuery::IsNull(const QString &name) const { return Cell(name).isNull(); }
+QVariant TADOQuery::Value(const QString &name) const {
+  return Cell(name);
+}
+bool TADOQuery::IsNull(const QString &name) const {
+  return Cell(name).isNull();
+}
 
 QString TADOQuery::AsString(const QString &name) const {
   const QVariant &v = Cell(name);
@@ -168,8 +176,12 @@ QString TADOQuery::AsString(const QString &name) const {
   return v.toString();
 }
 
-int TADOQuery::AsInteger(const QString &name) const { return Cell(name).toInt(); }
-bool TADOQuery::AsBoolean(const QString &name) const { return Cell(name).toInt() != 0; }
+int TADOQuery::AsInteger(const QString &name) const {
+  return Cell(name).toInt();
+}
+bool TADOQuery::AsBoolean(const QString &name) const {
+  return Cell(name).toInt() != 0;
+}
 
 TDateTime TADOQuery::AsDateTime(const QString &name) const {
   const QVariant &v = Cell(name);
@@ -209,10 +221,18 @@ void TADOQuery::SetField(const QString &name, const QVariant &value) {
     m_changed << i;
 }
 
-void TADOQuery::SetString(const QString &name, const QString &value) { SetField(name, value); }
-void TADOQuery::SetInteger(const QString &name, int value) { SetField(name, value); }
-void TADOQuery::SetBoolean(const QString &name, bool value) { SetField(name, value ? 1 : 0); }
-void TADOQuery::SetNull(const QString &name) { SetField(name, QVariant()); }
+void TADOQuery::SetString(const QString &name, const QString &value) {
+  SetField(name, value);
+}
+void TADOQuery::SetInteger(const QString &name, int value) {
+  SetField(name, value);
+}
+void TADOQuery::SetBoolean(const QString &name, bool value) {
+  SetField(name, value ? 1 : 0);
+}
+void TADOQuery::SetNull(const QString &name) {
+  SetField(name, QVariant());
+}
 
 void TADOQuery::SetDateTime(const QString &name, TDateTime value) {
   SetField(name, value.IsZero() ? QVariant() : QVariant(FormatFull(value)));
@@ -229,11 +249,10 @@ void TADOQuery::Post() {
   for (int i : m_changed)
     columns << u'[' + m_fields[i] + u']';
   if (m_state == State::Insert) {
-    QString sql = columns.isEmpty()
-                      ? u"INSERT INTO %1 DEFAULT VALUES"_s.arg(table)
-                      : u"INSERT INTO %1 (%2) VALUES (%3)"_s.arg(
-                            table, columns.join(u','),
-                            QStringList(columns.size(), u"?"_s).join(u','));
+    QString sql = columns.isEmpty() ? u"INSERT INTO %1 DEFAULT VALUES"_s.arg(table)
+                                    : u"INSERT INTO %1 (%2) VALUES (%3)"_s.arg(
+                                          table, columns.join(u','),
+                                          QStringList(columns.size(), u"?"_s).join(u','));
     q.prepare(sql);
     for (int i : m_changed)
       q.addBindValue(m_editRow[i]);
@@ -308,7 +327,8 @@ bool TADOQuery::Locate(const QString &name, const QVariant &value) {
 
 void TADOQuery::Refresh() {
   const int id = FieldIndex(u"ID"_s);
-  const QVariant key = (id >= 0 && m_pos >= 0 && m_pos < m_rows.size()) ? m_rows[m_pos][id] : QVariant();
+  const QVariant key =
+      (id >= 0 && m_pos >= 0 && m_pos < m_rows.size()) ? m_rows[m_pos][id] : QVariant();
   Load();
   m_active = true;
   First();

@@ -62,7 +62,9 @@ const QString kTaskTable =
 const QString kMainInfo =
     u"CREATE TABLE MainInfo ([ID] integer IDENTITY (1,1),[Name] text,[Phone1] text,[MobilePhone] text,[Address] text,[Company] text,[E_Mail] text,[Web] text,[QQ] text,[MSN] text,[Duty] text,[Birthday] date,[Fax] text,[Postalcode] text,[Memo] memo,[GroupType] text,CONSTRAINT [Index1] PRIMARY KEY ([ID]));"_s;
 
-QString ConnectionName() { return QString::fromUtf16(TSys_DM::kConnectionName); }
+QString ConnectionName() {
+  return QString::fromUtf16(TSys_DM::kConnectionName);
+}
 
 void CloseConnection() {
   if (QSqlDatabase::contains(ConnectionName())) {
@@ -94,9 +96,13 @@ TSys_DM &Sys_DM() {
   return dm;
 }
 
-QSqlDatabase StoreConnection() { return QSqlDatabase::database(ConnectionName(), false); }
+QSqlDatabase StoreConnection() {
+  return QSqlDatabase::database(ConnectionName(), false);
+}
 
-bool TSys_DM::Connected() const { return StoreConnection().isOpen(); }
+bool TSys_DM::Connected() const {
+  return StoreConnection().isOpen();
+}
 
 void TSys_DM::DataModuleCreate() {
   mainADOQuery.Close();
@@ -116,7 +122,8 @@ void TSys_DM::DataModuleCreate() {
   // Another program holding the file gets a moment, not the console's whole shift.
   db.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=1000"_s);
   if (!db.open())
-    throw EDatabaseError(u"Cannot open the database "_s + m_fileName + u": "_s + db.lastError().text());
+    throw EDatabaseError(u"Cannot open the database "_s + m_fileName + u": "_s +
+                         db.lastError().text());
 
   const QVariant handle = db.driver()->handle();
   if (handle.isValid() && qstrcmp(handle.typeName(), "sqlite3*") == 0) {
@@ -187,8 +194,11 @@ void TSys_DM::DBinit() {
 
   // Indexes for the searches that run over large tables: the record view's date
   // window and the call lists' latest hundred. Made once; nothing else changes.
-  GuardedGroup(*this, {u"CREATE INDEX IF NOT EXISTS PBXConRecords_startTime ON PBXConRecords (startTime)"_s});
-  GuardedGroup(*this, {u"CREATE INDEX IF NOT EXISTS conRecords_DateTime ON conRecords ([DateTime])"_s});
+  GuardedGroup(
+      *this,
+      {u"CREATE INDEX IF NOT EXISTS PBXConRecords_startTime ON PBXConRecords (startTime)"_s});
+  GuardedGroup(*this,
+               {u"CREATE INDEX IF NOT EXISTS conRecords_DateTime ON conRecords ([DateTime])"_s});
 }
 
 bool TSys_DM::TableExists(const QString &table) {
@@ -213,9 +223,11 @@ void TSys_DM::OpenSQL(const QString &sql, TADOQuery &query) {
   query.Open();
 }
 
-QString TSys_DM::BuildPageSQL(int pageSize, int page, const QString &table, const QString &condition) {
+QString TSys_DM::BuildPageSQL(int pageSize, int page, const QString &table,
+                              const QString &condition) {
   if (page == 1)
-    return u"SELECT TOP %1 * FROM %2 WHERE (%3) ORDER BY id desc"_s.arg(pageSize).arg(table, condition);
+    return u"SELECT TOP %1 * FROM %2 WHERE (%3) ORDER BY id desc"_s.arg(pageSize).arg(table,
+                                                                                      condition);
   return u"SELECT TOP %1 * FROM %2 WHERE (%3) and  (id NOT IN          (                SELECT TOP %4 id FROM %5 where (%6) ORDER BY id desc           ) )ORDER BY id desc"_s
       .arg(pageSize)
       .arg(table, condition)
@@ -224,7 +236,8 @@ QString TSys_DM::BuildPageSQL(int pageSize, int page, const QString &table, cons
 }
 
 int TSys_DM::GetRecordCount(const QString &table, const QString &condition) {
-  OpenSQL(u"select count(*) as recordCount from %1 where %2 "_s.arg(table, condition), ADOQuery_Temp);
+  OpenSQL(u"select count(*) as recordCount from %1 where %2 "_s.arg(table, condition),
+          ADOQuery_Temp);
   return ADOQuery_Temp.AsInteger(u"recordCount"_s);
 }
 
@@ -259,5 +272,6 @@ void TSys_DM::Execute(const QString &jet) {
     throw EDatabaseError(u"Refused: more than one statement ["_s + jet.left(160) + u']');
   QSqlQuery q(StoreConnection());
   if (!q.exec(sql))
-    throw EDatabaseError(q.lastError().text().trimmed() + u" ["_s + jet.simplified().left(160) + u']');
+    throw EDatabaseError(q.lastError().text().trimmed() + u" ["_s + jet.simplified().left(160) +
+                         u']');
 }

@@ -53,7 +53,8 @@ public:
   bool TableExists(const QString &table);
   bool FieldExists(const QString &table, const QString &field);
   void OpenSQL(const QString &sql, TADOQuery &query);
-  static QString BuildPageSQL(int pageSize, int page, const QString &table, const QString &condition);
+  static QString BuildPageSQL(int pageSize, int page, const QString &table,
+                              const QString &condition);
   int GetRecordCount(const QString &table, const QString &condition);
   void AddPBXConRecord(const TPBXConRecord &record);
   void AddMoringCallLog(const TMoringCallLog &record);

@@ -19,7 +19,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 QList<QByteArray> g_sent;
-void Capture(void *, const char *bytes, int length) { g_sent.append(QByteArray(bytes, length)); }
+void Capture(void *, const char *bytes, int length) {
+  g_sent.append(QByteArray(bytes, length));
+}
 
 // What went out, as "type:code" for commands and "18:digits" for dialling.
 QStringList Sent() {
@@ -418,9 +420,8 @@ private slots:
     QTest::newRow("idle") << 1 << QStringList{u"20:128"_s};
     QTest::newRow("ringing") << 2
                              << QStringList{u"20:131"_s, u"20:129"_s, u"20:132"_s, u"20:128"_s};
-    QTest::newRow("dialling") << 4
-                              << QStringList{u"20:131"_s, u"20:129"_s, u"20:132"_s, u"20:132"_s,
-                                             u"20:130"_s, u"20:128"_s};
+    QTest::newRow("dialling") << 4 << QStringList{u"20:131"_s, u"20:129"_s, u"20:132"_s,
+                                                  u"20:132"_s, u"20:130"_s, u"20:128"_s};
     QTest::newRow("connected") << 7
                                << QStringList{u"20:131"_s, u"20:129"_s, u"20:132"_s, u"20:132"_s,
                                               u"20:131"_s, u"20:130"_s, u"20:128"_s};

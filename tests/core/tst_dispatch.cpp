@@ -198,9 +198,9 @@ private slots:
     payload.replace(108, 9, "*51 *52 #");
     c.Feed(Packet(PacketType::UserInfo, 1, payload));
     QVERIFY(c.userInfo.Visible());
-    QCOMPARE(c.userInfo.Memo1,
-             (QStringList{LangFormat(284, {u"8001"_s}), LangFormat(285, {u"Lobby"_s}),
-                          LangFormat(286, {17}), LangFormat(287, {u"Front"_s}), LangText(lastKey)}));
+    QCOMPARE(c.userInfo.Memo1, (QStringList{LangFormat(284, {u"8001"_s}),
+                                            LangFormat(285, {u"Lobby"_s}), LangFormat(286, {17}),
+                                            LangFormat(287, {u"Front"_s}), LangText(lastKey)}));
     QCOMPARE(c.userInfo.Memo2, u"*51 *52 #"_s);
   }
 
@@ -215,9 +215,9 @@ private slots:
     QCOMPARE(stored, QStringList{u"1:13800138000"_s});
     QCOMPARE(c.shell.Balloons.size(), 1);
     QCOMPARE(c.shell.Balloons[0].Title, LangText(293));
-    QCOMPARE(c.shell.Balloons[0].Text,
-             LangFormat(290, {u"13800138000"_s, u"\r"_s}) + LangFormat(291, {u"张三"_s, u"\r"_s}) +
-                 LangFormat(292, {u"VIP"_s, u"\r"_s}));
+    QCOMPARE(c.shell.Balloons[0].Text, LangFormat(290, {u"13800138000"_s, u"\r"_s}) +
+                                           LangFormat(291, {u"张三"_s, u"\r"_s}) +
+                                           LangFormat(292, {u"VIP"_s, u"\r"_s}));
   }
 
   void gsmAnswers_data() {

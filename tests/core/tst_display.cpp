@@ -17,7 +17,8 @@ private slots:
     const QString blank(20, u' ');
     QTest::newRow("short") << u"Dial:"_s << u"Dial:"_s.leftJustified(20) << blank;
     QTest::newRow("twenty") << QString(20, u'a') << QString(20, u'a') << blank;
-    QTest::newRow("twenty-one") << QString(20, u'a') + u'b' << QString(20, u'a') << u"b"_s.leftJustified(20);
+    QTest::newRow("twenty-one") << QString(20, u'a') + u'b' << QString(20, u'a')
+                                << u"b"_s.leftJustified(20);
     QTest::newRow("thirty-nine") << QString(20, u'a') + QString(19, u'b') << QString(20, u'a')
                                  << QString(19, u'b') + u' ';
     QTest::newRow("empty") << QString() << blank << blank;

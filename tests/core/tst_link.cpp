@@ -22,7 +22,9 @@ struct Seen {
   QByteArray Bytes; // what the handler could read: Len bytes, or 64 if Len is larger
 };
 
-QByteArray Pulse(quint16 id) { return ExchangeSim::BuildPacket(1, id, {}); }
+QByteArray Pulse(quint16 id) {
+  return ExchangeSim::BuildPacket(1, id, {});
+}
 
 bool LogHas(const QString &text) {
   for (const QString &line : LogMemo().Lines())
@@ -192,7 +194,8 @@ private slots:
     Bench b;
     QVERIFY(b.Connect());
     bool closed = false;
-    QObject::connect(&b.link.Winsock_TCP(), &TExchangeSocket::OnClose, [&closed] { closed = true; });
+    QObject::connect(&b.link.Winsock_TCP(), &TExchangeSocket::OnClose,
+                     [&closed] { closed = true; });
     b.sim.DropConnection();
     QTRY_VERIFY(closed);
     QCOMPARE(b.link.Winsock_TCP().State(), 0);
@@ -204,7 +207,8 @@ private slots:
     Bench b;
     QVERIFY(b.Connect());
     bool closed = false;
-    QObject::connect(&b.link.Winsock_TCP(), &TExchangeSocket::OnClose, [&closed] { closed = true; });
+    QObject::connect(&b.link.Winsock_TCP(), &TExchangeSocket::OnClose,
+                     [&closed] { closed = true; });
     b.link.Winsock_TCP().Close();
     QTest::qWait(50);
     QVERIFY(!closed);

@@ -9,9 +9,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 QList<QByteArray> g_sent;
-void Capture(void *, const char *bytes, int length) { g_sent.append(QByteArray(bytes, length)); }
+void Capture(void *, const char *bytes, int length) {
+  g_sent.append(QByteArray(bytes, length));
+}
 
-QByteArray Hex(const char *text) { return QByteArray::fromHex(text); }
+QByteArray Hex(const char *text) {
+  return QByteArray::fromHex(text);
+}
 } // namespace
 
 class PacketsTest : public QObject {
@@ -30,11 +34,23 @@ private slots:
     QTest::addColumn<int>("checksum");
     // A 12-byte packet: only its six header bytes from offset 6 count,
     // 01+07+0C = 0x14, so the byte is 0x100-0x14.
-    QTest::newRow("12 bytes") << Hex("121910390000" "0100" "0700" "0c00") << 0xEC;
+    QTest::newRow("12 bytes") << Hex("121910390000"
+                                     "0100"
+                                     "0700"
+                                     "0c00")
+                              << 0xEC;
     // F4+0C = 0x100: the sum is 0 and so is the checksum (never 0x100).
-    QTest::newRow("sum zero") << Hex("121910390000" "f400" "0000" "0c00") << 0x00;
+    QTest::newRow("sum zero") << Hex("121910390000"
+                                     "f400"
+                                     "0000"
+                                     "0c00")
+                              << 0x00;
     // The magic never counts, whatever it holds.
-    QTest::newRow("magic ignored") << Hex("ffffffff0000" "0100" "0700" "0c00") << 0xEC;
+    QTest::newRow("magic ignored") << Hex("ffffffff0000"
+                                          "0100"
+                                          "0700"
+                                          "0c00")
+                                   << 0xEC;
   }
   void checksum() {
     QFETCH(QByteArray, packet);
@@ -43,10 +59,16 @@ private slots:
   }
 
   void sendWritesMagicAndChecksum() {
-    const QByteArray bare = Hex("000000000000" "0100" "0700" "0c00");
+    const QByteArray bare = Hex("000000000000"
+                                "0100"
+                                "0700"
+                                "0c00");
     sendPacket2Socket(bare.constData(), 12, 1);
     QCOMPARE(g_sent.size(), 1);
-    QCOMPARE(g_sent[0], Hex("12191039ec00" "0100" "0700" "0c00"));
+    QCOMPARE(g_sent[0], Hex("12191039ec00"
+                            "0100"
+                            "0700"
+                            "0c00"));
   }
 
   // Login 8001 / 1234: 10 00 | 00 00 | 40 00 | "8001" | "1234" | "02"
@@ -56,7 +78,11 @@ private slots:
     SendLogin(u"8001"_s, u"1234"_s);
     QCOMPARE(g_sent.size(), 1);
     QByteArray expected(64, '\0');
-    expected.replace(0, 12, Hex("12191039bb00" "1000" "0000" "4000"));
+    expected.replace(0, 12,
+                     Hex("12191039bb00"
+                         "1000"
+                         "0000"
+                         "4000"));
     expected.replace(12, 4, "8001");
     expected.replace(33, 4, "1234");
     expected.replace(54, 2, "02");
@@ -67,7 +93,7 @@ private slots:
     const QByteArray p = BuildLoginPacket(u"12345678901234567890"_s, u"密码"_s);
     QCOMPARE(p.size(), 64);
     QCOMPARE(p.mid(12, 20), QByteArray("12345678901234567890"));
-    QCOMPARE(p[32], '\0'); // 20 characters fill the field; its NUL stays
+    QCOMPARE(p[32], '\0');                     // 20 characters fill the field; its NUL stays
     QCOMPARE(p.mid(33, 5), Hex("c3dcc2eb00")); // GBK
     const QByteArray cut = BuildLoginPacket(u"123456789012345678901234"_s, QString());
     QCOMPARE(cut.mid(12, 21), QByteArray("12345678901234567890") + '\0');
@@ -78,7 +104,8 @@ private slots:
   void phoneCommand() {
     SysParam().MyID = 5;
     SendPhoneCommand(133);
-    QCOMPARE(g_sent, QList<QByteArray>{Hex("1219103952001400050010008500" "0000")});
+    QCOMPARE(g_sent, QList<QByteArray>{Hex("1219103952001400050010008500"
+                                           "0000")});
   }
 
   // DialDigits "1*0#" = 1, 11, 10, 12; sum 0x12+0x05+0x24+0x04+0x22 = 0x61.
@@ -86,7 +113,13 @@ private slots:
     SysParam().MyID = 5;
     SendDialDigits(QByteArray("\x01\x0b\x0a\x0c", 4));
     QByteArray expected(36, '\0');
-    expected.replace(0, 17, Hex("121910399f00" "1200" "0500" "2400" "04" "010b0a0c"));
+    expected.replace(0, 17,
+                     Hex("121910399f00"
+                         "1200"
+                         "0500"
+                         "2400"
+                         "04"
+                         "010b0a0c"));
     QCOMPARE(g_sent, QList<QByteArray>{expected});
   }
 
@@ -101,7 +134,13 @@ private slots:
   void recordServerQueryHasNoLength() {
     SysParam().MyID = 5;
     SendRecordServerQuery();
-    QCOMPARE(g_sent, QList<QByteArray>{Hex("12191039c600" "2500" "0500" "0000" "1000" "0000" "00000000")});
+    QCOMPARE(g_sent, QList<QByteArray>{Hex("12191039c600"
+                                           "2500"
+                                           "0500"
+                                           "0000"
+                                           "1000"
+                                           "0000"
+                                           "00000000")});
   }
 
   void passThroughSetsIdAndLength_data() {

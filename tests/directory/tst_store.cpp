@@ -32,7 +32,9 @@ int Scalar(const QString &sql) {
   return q.value(0).toInt();
 }
 
-void Open(TADOQuery &query, const QString &sql) { Sys_DM().OpenSQL(sql, query); }
+void Open(TADOQuery &query, const QString &sql) {
+  Sys_DM().OpenSQL(sql, query);
+}
 } // namespace
 
 class StoreTest : public QObject {
@@ -49,7 +51,8 @@ private slots:
     TestHome home;
     Sys_DM().DataModuleCreate();
     QCOMPARE(Sys_DM().FileName(), home.File(u"Database/Notes_DB.db"_s));
-    for (const char *table : {"conRecords", "Task_Table", "Exts", "PBXConRecords", "MoringCallLog", "MainInfo"})
+    for (const char *table :
+         {"conRecords", "Task_Table", "Exts", "PBXConRecords", "MoringCallLog", "MainInfo"})
       QVERIFY2(Sys_DM().TableExists(QString::fromLatin1(table).toLower()), table);
     QCOMPARE(Scalar(u"select count(*) from Exts"_s), 3072);
     QCOMPARE(Scalar(u"select min(PortID) from Exts"_s), 0);
@@ -115,9 +118,10 @@ private slots:
   void pageTexts() {
     QCOMPARE(TSys_DM::BuildPageSQL(50, 1, u"PBXConRecords"_s, u"1=1"_s),
              u"SELECT TOP 50 * FROM PBXConRecords WHERE (1=1) ORDER BY id desc"_s);
-    QCOMPARE(TSys_DM::BuildPageSQL(50, 3, u"T"_s, u"(1=1) "_s),
-             u"SELECT TOP 50 * FROM T WHERE ((1=1) ) and  (id NOT IN          (                "
-             u"SELECT TOP 100 id FROM T where ((1=1) ) ORDER BY id desc           ) )ORDER BY id desc"_s);
+    QCOMPARE(
+        TSys_DM::BuildPageSQL(50, 3, u"T"_s, u"(1=1) "_s),
+        u"SELECT TOP 50 * FROM T WHERE ((1=1) ) and  (id NOT IN          (                "
+        u"SELECT TOP 100 id FROM T where ((1=1) ) ORDER BY id desc           ) )ORDER BY id desc"_s);
   }
 
   void pagesComeNewestFirst_data() {
@@ -154,13 +158,14 @@ private slots:
     TestHome home;
     Sys_DM().DataModuleCreate();
     const TDateTime start = TDateTime::FromQDateTime(QDateTime(QDate(2026, 11, 22), QTime(9, 0)));
-    Sys_DM().AddPBXConRecord({7, u"8001"_s, u"13800138000"_s, 0, start, start + 1.0 / 24, {}, 2,
-                              u"8005"_s, 1, 3});
+    Sys_DM().AddPBXConRecord(
+        {7, u"8001"_s, u"13800138000"_s, 0, start, start + 1.0 / 24, {}, 2, u"8005"_s, 1, 3});
     TADOQuery q;
     Open(q, u"select * from PBXConRecords"_s);
     QCOMPARE(q.RecordCount(), 1);
     QCOMPARE(q.AsString(u"Called"_s), u"13800138000"_s);
-    QCOMPARE(q.AsDateTime(u"stopTime"_s).ToQDateTime(), QDateTime(QDate(2026, 11, 22), QTime(10, 0)));
+    QCOMPARE(q.AsDateTime(u"stopTime"_s).ToQDateTime(),
+             QDateTime(QDate(2026, 11, 22), QTime(10, 0)));
     QVERIFY(q.IsNull(u"connectTime"_s));
     QVERIFY(q.AsDateTime(u"connectTime"_s).IsZero());
     QCOMPARE(q.AsInteger(u"RecType"_s), 3);
@@ -178,34 +183,52 @@ private slots:
     auto row = [](const char *name, const QString &sql) { QTest::newRow(name) << sql; };
     row("exts", u"select * from Exts order by portID"_s);
     row("probe", u"select * from MainInfo where 1=2"_s);
-    row("count", u"select count(*) as recordCount from PBXConRecords where (1=1)  and (startTime>=#2026-11-15 00::00::00#) "_s);
-    row("page 2", TSys_DM::BuildPageSQL(50, 2, u"PBXConRecords"_s,
-                                        u"(1=1)  and ( (Caller like '%80%' ) or (Called like '%80%') )  and (startTime<=#2026-11-22 23::59::59#) "_s));
-    row("wake-up log", TSys_DM::BuildPageSQL(50, 1, u"MoringCallLog"_s,
-                                             u"(1=1)  and (MoringCallTime>=#2026-11-22 00::00::00#)  and ( (Ext like '%%' )  )  and ( (RoomNo like '%3%' )  ) "_s));
+    row("count",
+        u"select count(*) as recordCount from PBXConRecords where (1=1)  and (startTime>=#2026-11-15 00::00::00#) "_s);
+    row("page 2",
+        TSys_DM::BuildPageSQL(
+            50, 2, u"PBXConRecords"_s,
+            u"(1=1)  and ( (Caller like '%80%' ) or (Called like '%80%') )  and (startTime<=#2026-11-22 23::59::59#) "_s));
+    row("wake-up log",
+        TSys_DM::BuildPageSQL(
+            50, 1, u"MoringCallLog"_s,
+            u"(1=1)  and (MoringCallTime>=#2026-11-22 00::00::00#)  and ( (Ext like '%%' )  )  and ( (RoomNo like '%3%' )  ) "_s));
     row("by name", u"select * from Maininfo where (name like '%O''Brien%') "_s);
     row("none", u"select * from maininfo where (1=2)"_s);
     row("by id", u"select * from maininfo where ID=5"_s);
     row("groups", u"SELECT DISTINCT GrpName FROM MainInfo order by GrpName"_s);
     row("dq string", u"select * from Maininfo where Name like \"%张%\""_s);
     row("company", u"select * from Maininfo where (company like '%x%') "_s);
-    row("combined", u"select * from Maininfo where (1=1) and (Name like '%a%')and (Phone1 like '%1%')"_s);
+    row("combined",
+        u"select * from Maininfo where (1=1) and (Name like '%a%')and (Phone1 like '%1%')"_s);
     row("either", u"select * from Maininfo where (1<>1) or (Name like '%a%')"_s);
     row("short numbers",
-        u"select * from maininfo where ( ( ( phone1 like '%%'&right('%1',7)&'%%' ) and ( len(phone1)<=6 ) ) or ( ( mobilePhone like '%%'&right('%1',7)&'%%' ) ) and ( len(mobilePhone)<=6 ) ) order by len(phone1)"_s.arg(n));
+        u"select * from maininfo where ( ( ( phone1 like '%%'&right('%1',7)&'%%' ) and ( len(phone1)<=6 ) ) or ( ( mobilePhone like '%%'&right('%1',7)&'%%' ) ) and ( len(mobilePhone)<=6 ) ) order by len(phone1)"_s
+            .arg(n));
     row("long numbers",
-        u"select * from maininfo where ( ( ( phone1 like '%%'&right('%1',7)&'%%' ) and ( len(phone1)>6 ) ) or ( ( mobilePhone like '%%'&right('%1',7)&'%%' ) ) and ( len(mobilePhone)>6 ) ) order by len(phone1)"_s.arg(n));
-    row("last seven", u"select * from maininfo where (right(phone1,7)=right('%1',7)) or (right(mobilePhone,7)=right('%1',7)) "_s.arg(n));
+        u"select * from maininfo where ( ( ( phone1 like '%%'&right('%1',7)&'%%' ) and ( len(phone1)>6 ) ) or ( ( mobilePhone like '%%'&right('%1',7)&'%%' ) ) and ( len(mobilePhone)>6 ) ) order by len(phone1)"_s
+            .arg(n));
+    row("last seven",
+        u"select * from maininfo where (right(phone1,7)=right('%1',7)) or (right(mobilePhone,7)=right('%1',7)) "_s
+            .arg(n));
     row("call log", u"select * from conRecords"_s);
-    row("latest calls", u"SELECT top 100 ID, TelNos, DateTime, State FROM conRecords order by DateTime desc"_s);
+    row("latest calls",
+        u"SELECT top 100 ID, TelNos, DateTime, State FROM conRecords order by DateTime desc"_s);
     row("delete call", u"delete from conRecords where (ID=3)"_s);
     row("delete task", u"delete from Task_Table where ID=3"_s);
-    row("new task", u"insert into Task_Table (title,contacters,context,creater,status,createDatetime,finishDatetime,lastDateTime) values('a''b','c','d','e',0,'%1','%1','%1') "_s.arg(now));
+    row("new task",
+        u"insert into Task_Table (title,contacters,context,creater,status,createDatetime,finishDatetime,lastDateTime) values('a''b','c','d','e',0,'%1','%1','%1') "_s
+            .arg(now));
     row("max id", u"select max(ID) as maxID from Task_Table"_s);
-    row("change task", u"update Task_Table set title='t',contacters='c',context='x',creater='me',status=1,createDatetime='%1',finishDatetime='%1',lastDateTime='%1' where (ID=1)"_s.arg(now));
+    row("change task",
+        u"update Task_Table set title='t',contacters='c',context='x',creater='me',status=1,createDatetime='%1',finishDatetime='%1',lastDateTime='%1' where (ID=1)"_s
+            .arg(now));
     row("tasks", u"select * from Task_Table where (status=0 or status=1) order by lastDateTime"_s);
-    row("due today", u"select count(*) as Taskcount from Task_Table where (dateDiff('d',lastDateTime,'%1')=0) and (status=0) "_s.arg(now));
-    row("talk time", u"select *,format(cdate(connecttime-starttime),\"hh:mm:ss\") as 通话时长 from PBXConRecords where 1=1 and (connectTime>=#2026-11-22 08::00::00#)  and ((caller=\"8001\") or (called=\"8001\"))   and ((called like \"%%80%%\") or (caller like \"%%80%%\"))   order by connectTime desc  "_s);
+    row("due today",
+        u"select count(*) as Taskcount from Task_Table where (dateDiff('d',lastDateTime,'%1')=0) and (status=0) "_s
+            .arg(now));
+    row("talk time",
+        u"select *,format(cdate(connecttime-starttime),\"hh:mm:ss\") as 通话时长 from PBXConRecords where 1=1 and (connectTime>=#2026-11-22 08::00::00#)  and ((caller=\"8001\") or (called=\"8001\"))   and ((called like \"%%80%%\") or (caller like \"%%80%%\"))   order by connectTime desc  "_s);
   }
   void everyStatementRuns() {
     QFETCH(QString, jet);
@@ -230,12 +253,15 @@ private slots:
     QTest::newRow("right of short") << u"right('801',7)"_s << u"801"_s;
     QTest::newRow("len") << u"len('张三')"_s << u"2"_s;
     QTest::newRow("concatenation") << u"'a'&'b'&\"c\""_s << u"abc"_s;
-    QTest::newRow("talk time") << u"format(cdate(#2026-11-22 10:02:03#-#2026-11-22 09:00:00#),\"hh:mm:ss\")"_s
-                               << u"01:02:03"_s;
+    QTest::newRow("talk time")
+        << u"format(cdate(#2026-11-22 10:02:03#-#2026-11-22 09:00:00#),\"hh:mm:ss\")"_s
+        << u"01:02:03"_s;
     QTest::newRow("date literal") << u"#2026-11-22 6:05:00#"_s << u"2026-11-22 06:05:00"_s;
     QTest::newRow("escaped colons") << u"#2026-11-22 06::05::00#"_s << u"2026-11-22 06:05:00"_s;
-    QTest::newRow("same day") << u"dateDiff('d','2026-11-22 23:00:00','2026-11-22 01:00:00')"_s << u"0"_s;
-    QTest::newRow("overdue") << u"dateDiff('d','2026-11-20 10:00:00','2026-11-22 09:00:00')"_s << u"2"_s;
+    QTest::newRow("same day") << u"dateDiff('d','2026-11-22 23:00:00','2026-11-22 01:00:00')"_s
+                              << u"0"_s;
+    QTest::newRow("overdue") << u"dateDiff('d','2026-11-20 10:00:00','2026-11-22 09:00:00')"_s
+                             << u"2"_s;
     QTest::newRow("later") << u"dateDiff('d','2026-11-23','2026-11-22 23:59:59')"_s << u"-1"_s;
   }
   void jetFunctionsAnswerAsJetDoes() {
@@ -270,12 +296,14 @@ private slots:
     TestHome home;
     Sys_DM().DataModuleCreate();
     Sys_DM().Execute(u"insert into conRecords (TelNos, State) values ('1', 1)"_s);
-    QVERIFY_THROWS_EXCEPTION(EDatabaseError, Sys_DM().Execute(u"select 1; delete from conRecords"_s));
+    QVERIFY_THROWS_EXCEPTION(EDatabaseError,
+                             Sys_DM().Execute(u"select 1; delete from conRecords"_s));
     TADOQuery q;
     q.SQL = u"delete from conRecords where (ID=1); delete from Task_Table"_s;
     QVERIFY_THROWS_EXCEPTION(EDatabaseError, q.ExecSQL());
     QCOMPARE(Scalar(u"select count(*) from conRecords"_s), 1);
-    Sys_DM().Execute(u"insert into conRecords (TelNos, State) values ('a;b', 1);"_s); // a ; in text is text
+    Sys_DM().Execute(
+        u"insert into conRecords (TelNos, State) values ('a;b', 1);"_s); // a ; in text is text
   }
 
   void cursorWalksEditsAndFinds() {
@@ -343,7 +371,8 @@ private slots:
       QSKIP("the sqlite3 program is not installed here");
     holder.write("BEGIN EXCLUSIVE; INSERT INTO conRecords (TelNos) values ('held');\n");
     QTest::qWait(500);
-    QVERIFY_THROWS_EXCEPTION(EDatabaseError, Sys_DM().Execute(u"insert into conRecords (TelNos) values ('mine')"_s));
+    QVERIFY_THROWS_EXCEPTION(
+        EDatabaseError, Sys_DM().Execute(u"insert into conRecords (TelNos) values ('mine')"_s));
     holder.write("ROLLBACK;\n.quit\n");
     holder.waitForFinished(3000);
     Sys_DM().Execute(u"insert into conRecords (TelNos) values ('mine')"_s); // and then it works

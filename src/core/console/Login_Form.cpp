@@ -130,7 +130,9 @@ void TLogin_Form::TeButton2Click() {
   }
 }
 
-void TLogin_Form::EnterPressed() { Login_TeButtonClick(); }
+void TLogin_Form::EnterPressed() {
+  Login_TeButtonClick();
+}
 
 void TLogin_Form::LoginInfo_TimerTimer() {
   // Runs only while a login click lets events through.

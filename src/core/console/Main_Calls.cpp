@@ -237,7 +237,8 @@ void TMain_Form::DialOneDigit(int code) {
 }
 
 void TMain_Form::dial_TeButtonClick() {
-  const QString number = dial_TeSComboBox_SelText.isEmpty() ? dial_TeSComboBox_Text : dial_TeSComboBox_SelText;
+  const QString number =
+      dial_TeSComboBox_SelText.isEmpty() ? dial_TeSComboBox_Text : dial_TeSComboBox_SelText;
   if (dial_TeSComboBox_Items.isEmpty() || dial_TeSComboBox_Items.first() != number)
     dial_TeSComboBox_Items.prepend(number);
   DialNumber(number);
@@ -303,7 +304,9 @@ void TMain_Form::TransferClick() {
   }
 }
 
-void TMain_Form::QueryClick() { SendPhoneCommand(128); }
+void TMain_Form::QueryClick() {
+  SendPhoneCommand(128);
+}
 
 namespace {
 void SendDeviceControl(quint16 code) {
@@ -316,8 +319,12 @@ void SendDeviceControl(quint16 code) {
 }
 } // namespace
 
-void TMain_Form::Offhook_tefxButtonClick() { SendDeviceControl(134); }
-void TMain_Form::Onhook_tefxButtonClick() { SendDeviceControl(135); }
+void TMain_Form::Offhook_tefxButtonClick() {
+  SendDeviceControl(134);
+}
+void TMain_Form::Onhook_tefxButtonClick() {
+  SendDeviceControl(135);
+}
 
 void TMain_Form::CtrlMode_tefxButtonClick() {
   CtrlMode_Tag = CtrlMode_Tag == 0 ? 1 : 0;
@@ -344,13 +351,15 @@ void TMain_Form::RingTone_TeSpeedButtonClick() {
   }
 }
 
-void TMain_Form::incTime_TimerTimer() { CurrentTime = CurrentDateTime(); }
+void TMain_Form::incTime_TimerTimer() {
+  CurrentTime = CurrentDateTime();
+}
 
 void TMain_Form::showTime_TimerTimer() {
   const QDateTime t = CurrentTime.isValid() ? CurrentTime : CurrentDateTime();
   userText_LMDEdit = FormatText(u"%.2d-%.2d-%.2d %.2d:%.2d:%.2d"_s,
-                                {t.date().year(), t.date().month(), t.date().day(),
-                                 t.time().hour(), t.time().minute(), t.time().second()});
+                                {t.date().year(), t.date().month(), t.date().day(), t.time().hour(),
+                                 t.time().minute(), t.time().second()});
   ShowDisplay(userText_LMDEdit, false); // stops this timer ...
-  showTime_Timer.start();                // ... so it starts itself again
+  showTime_Timer.start();               // ... so it starts itself again
 }

@@ -94,8 +94,9 @@ void TMain_Form::processPacketFromSocket_Gsm(const char *work) {
     break;
   case 4:
   case 5:
-    TheShell().Balloon(LangFormat(sub == 4 ? 298 : 300, {sp.GsmNumber}), LangText(sub == 4 ? 299 : 301),
-                       10, sub == 4 ? BalloonIcon::Info : BalloonIcon::Warning);
+    TheShell().Balloon(LangFormat(sub == 4 ? 298 : 300, {sp.GsmNumber}),
+                       LangText(sub == 4 ? 299 : 301), 10,
+                       sub == 4 ? BalloonIcon::Info : BalloonIcon::Warning);
     sp.GsmModule = GetU16(work, 14);
     sp.GsmBusy = 0;
     emit gsmTimerStopRequested();

@@ -33,11 +33,14 @@ TMain_Form::TMain_Form(QObject *parent) : TFormLogic("TMain_Form", parent) {
 
   m_link.SetPacketHandler(
       [this](const char *packet, int length) { processPacketFromSocket(packet, length); });
-  connect(&m_link.Winsock_TCP(), &TExchangeSocket::OnConnect, this, &TMain_Form::Winsock_TCPConnect);
+  connect(&m_link.Winsock_TCP(), &TExchangeSocket::OnConnect, this,
+          &TMain_Form::Winsock_TCPConnect);
   connect(&m_link.Winsock_TCP(), &TExchangeSocket::OnClose, this, &TMain_Form::Winsock_TCPClose);
 }
 
-TMain_Form::~TMain_Form() { m_link.StopWorker(); }
+TMain_Form::~TMain_Form() {
+  m_link.StopWorker();
+}
 
 void TMain_Form::FormCreate() {
   TSysConfig &c = SysConfig();
@@ -94,8 +97,18 @@ void TMain_Form::SetFront(FrontPanel panel) {
   emit frontChanged();
 }
 
-void TMain_Form::LoadConRecords() { emit callListsReloadRequested(); }
-void TMain_Form::LoadPhones_tefxButtonClick() { emit phonesLoadRequested(); }
-void TMain_Form::RefrshPhones_tefxButtonClick() { emit phonesRefreshRequested(); }
-void TMain_Form::savePhones_tefxButtonClick() { emit phonesSaveRequested(); }
-void TMain_Form::SetUdpLoggedIn(bool loggedIn) { emit udpLoggedInChanged(loggedIn); }
+void TMain_Form::LoadConRecords() {
+  emit callListsReloadRequested();
+}
+void TMain_Form::LoadPhones_tefxButtonClick() {
+  emit phonesLoadRequested();
+}
+void TMain_Form::RefrshPhones_tefxButtonClick() {
+  emit phonesRefreshRequested();
+}
+void TMain_Form::savePhones_tefxButtonClick() {
+  emit phonesSaveRequested();
+}
+void TMain_Form::SetUdpLoggedIn(bool loggedIn) {
+  emit udpLoggedInChanged(loggedIn);
+}

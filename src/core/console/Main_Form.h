@@ -40,8 +40,8 @@ public:
   quint8 LoginDialogOpen = 0;
   quint8 EverConnected = 0;
   QString AppTitle;
-  QString Caption;       // the window's caption
-  QString HostText;      // the exchange's address as the login window gave it
+  QString Caption;  // the window's caption
+  QString HostText; // the exchange's address as the login window gave it
   QString HostIP_tefxButton_Caption;
   QString HostIP_tefxButton_Hint;
 
@@ -106,12 +106,12 @@ public:
   void Msg_TeButton1Click(); // cancel the waiting number
 
   // Call-control keys.
-  void HoldClick();            // LMDButton18, tefxButton1
-  void ConferenceClick();      // LMDButton17, tefxButton2
-  void LMDButton21Click();     // cancel, not while idle or ringing
-  void tefxButton3Click();     // cancel, not while idle
-  void TransferClick();        // LMDButton20
-  void QueryClick();           // LMDButton22
+  void HoldClick();        // LMDButton18, tefxButton1
+  void ConferenceClick();  // LMDButton17, tefxButton2
+  void LMDButton21Click(); // cancel, not while idle or ringing
+  void tefxButton3Click(); // cancel, not while idle
+  void TransferClick();    // LMDButton20
+  void QueryClick();       // LMDButton22
   void Offhook_tefxButtonClick();
   void Onhook_tefxButtonClick();
   int CtrlMode_Tag = 0;
@@ -164,7 +164,7 @@ signals:
   void recordsRefreshRequested();
   void serviceAllowedChanged(bool allowed);
   void callControlChanged(); // keys, panel or ring key changed
-  void closeRequested(); // the frame should close the main window
+  void closeRequested();     // the frame should close the main window
 
 private:
   void SetCaption(const QString &caption);

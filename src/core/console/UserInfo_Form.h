@@ -13,8 +13,8 @@ class TUserInfo_Form : public TFormLogic {
 public:
   explicit TUserInfo_Form(QObject *parent = nullptr) : TFormLogic("TUserInfo_Form", parent) {}
 
-  QStringList Memo1;      // one line each: number, name, port, description, rights
-  QString Memo2;          // the feature code list, whole
+  QStringList Memo1; // one line each: number, name, port, description, rights
+  QString Memo2;     // the feature code list, whole
   QString Memo2_Title = QStringLiteral("功能码列表");
 
   void Fill(const TUserInfoRecord &info);

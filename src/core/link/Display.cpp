@@ -39,3 +39,22 @@ void TDisplay::SetMemo1(const QString &text) {
   m_memo1 = text;
   emit memo1Changed(text);
 }
+
+void TDisplay::PutAt(int position, QChar c, bool blink) {
+  if (position < 0 || position >= kBufferLength)
+    return;
+  m_buffers[0][position] = c;
+  m_buffers[1][position] = blink ? QChar(u' ') : c;
+  if (Timer2.isActive())
+    SetMemo1(m_buffers[m_tag]);
+}
+
+void TDisplay::Clear(int from, int to) {
+  for (int i = qMax(0, from); i < qMin(to, kBufferLength); ++i) {
+    const QChar blank = i == kLineLength ? QChar(u'\r') : QChar(u' ');
+    m_buffers[0][i] = blank;
+    m_buffers[1][i] = blank;
+  }
+  if (Timer2.isActive())
+    SetMemo1(m_buffers[m_tag]);
+}

@@ -21,6 +21,11 @@ public:
   // which may be where the text came from.
   void ShowDisplay(QString text, bool blink);
 
+  // Character writes of the local console device: one place of both buffers
+  // (a blank into the second while blinking), and clearing a stretch.
+  void PutAt(int position, QChar c, bool blink);
+  void Clear(int from, int to); // positions from..to-1 become blanks, the CR stays
+
   const QString &Buffer1() const { return m_buffers[0]; }
   const QString &Buffer2() const { return m_buffers[1]; }
   // What memo1 shows now.

@@ -23,7 +23,8 @@ TExchangeLink::TExchangeLink(QObject *parent)
   connect(m_socket, &TExchangeSocket::OnDataArrival, this, &TExchangeLink::Winsock_TCPDataArrival);
   connect(m_socket, &TExchangeSocket::OnSendProgress, this, [](int sent, int remaining) {
     if (LogEnabled())
-      WriteLog(u"Winsock_TCPSendProgress bytesSent:%1 bytesRemaining:%2"_s.arg(sent).arg(remaining));
+      WriteLog(
+          u"Winsock_TCPSendProgress bytesSent:%1 bytesRemaining:%2"_s.arg(sent).arg(remaining));
   });
   connect(m_socket, &TExchangeSocket::OnSendComplete, this,
           [] { WriteLog(u"Winsock_TCPSendComplete"_s); });

@@ -7,7 +7,8 @@
 
 using namespace Qt::StringLiterals;
 
-TExchangeSocket::TExchangeSocket(QObject *parent) : QObject(parent), m_socket(new QTcpSocket(this)) {
+TExchangeSocket::TExchangeSocket(QObject *parent)
+    : QObject(parent), m_socket(new QTcpSocket(this)) {
   m_partialTimer.setSingleShot(true);
   m_partialTimer.setInterval(kPartialWaitMs);
   connect(&m_partialTimer, &QTimer::timeout, this, [this] {
@@ -36,11 +37,15 @@ TExchangeSocket::~TExchangeSocket() {
 
 int TExchangeSocket::State() const {
   switch (m_socket->state()) {
-  case QAbstractSocket::ConnectedState: return Connected;
+  case QAbstractSocket::ConnectedState:
+    return Connected;
   case QAbstractSocket::HostLookupState:
-  case QAbstractSocket::ConnectingState: return Connecting;
-  case QAbstractSocket::ClosingState: return Closing;
-  default: return Closed;
+  case QAbstractSocket::ConnectingState:
+    return Connecting;
+  case QAbstractSocket::ClosingState:
+    return Closing;
+  default:
+    return Closed;
   }
 }
 
@@ -58,7 +63,9 @@ void TExchangeSocket::Connect() {
   m_socket->connectToHost(RemoteHost, RemotePort);
 }
 
-void TExchangeSocket::SendData(const QByteArray &bytes) { m_socket->write(bytes); }
+void TExchangeSocket::SendData(const QByteArray &bytes) {
+  m_socket->write(bytes);
+}
 
 QByteArray TExchangeSocket::GetData() {
   m_taken = true;
@@ -71,9 +78,9 @@ void TExchangeSocket::TakeIncoming() {
 }
 
 // The length of the next read: the longest run of whole packets from the start
-// that fits in a block the walk accepts (10230 bytes). Where the data don't look like packets (a bad magic,
-// a length below 12 or beyond a read), everything goes, and the receive path's
-// rules decide. *partialOnly is set when the data start with an incomplete packet.
+// that fits in a block the walk accepts (10230 bytes). Where the data don't look like packets (a
+// bad magic, a length below 12 or beyond a read), everything goes, and the receive path's rules
+// decide. *partialOnly is set when the data start with an incomplete packet.
 qsizetype TExchangeSocket::NextReadLength(bool *partialOnly) const {
   *partialOnly = false;
   const qsizetype size = m_pending.size();

@@ -13,10 +13,10 @@ class QTcpSocket;
 // TCP is a stream: on a busy link one read may hold many packets and end inside
 // one. The exchange writes whole packets, and the receive path treats each read
 // as a block that starts with a packet, so this socket hands out reads that end
-// on a packet boundary, at most 10230 bytes each (the longest block the walk takes). A packet still incomplete is
-// held for the rest (for a moment; then it goes as it is, and the receive path's
-// own checks judge it). Bytes that an arrival handler leaves untaken are
-// dropped with a log line, so a hostile stream can't stall the link.
+// on a packet boundary, at most 10230 bytes each (the longest block the walk takes). A packet still
+// incomplete is held for the rest (for a moment; then it goes as it is, and the receive path's own
+// checks judge it). Bytes that an arrival handler leaves untaken are dropped with a log line, so a
+// hostile stream can't stall the link.
 class TExchangeSocket : public QObject {
   Q_OBJECT
 

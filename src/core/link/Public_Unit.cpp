@@ -9,22 +9,38 @@ using namespace Qt::StringLiterals;
 
 QString PacketTypeName(int typeCode) {
   switch (PacketType(typeCode)) {
-  case PacketType::Pulse: return u"Pulse"_s;
-  case PacketType::Login: return u"Login"_s;
-  case PacketType::CallState: return u"CallState"_s;
-  case PacketType::DialDigits: return u"DialDigits"_s;
-  case PacketType::UserInfo: return u"UserInfo"_s;
-  case PacketType::PhoneCommand: return u"PhoneCommand"_s;
-  case PacketType::MissedCall: return u"MissedCall"_s;
-  case PacketType::SrvClassSet: return u"SrvClassSet"_s;
-  case PacketType::DeviceControl: return u"DeviceControl"_s;
-  case PacketType::GsmModule: return u"GsmModule"_s;
-  case PacketType::ExtensionQuery: return u"ExtensionQuery"_s;
-  case PacketType::MoringCall: return u"NETMODULE_CODE_MORINGCALL_SET"_s;
-  case PacketType::SrvClassName: return u"SrvClassName"_s;
-  case PacketType::RecordServerQuery: return u"RecordServerQuery"_s;
-  case PacketType::VoiceMailClear: return u"VoiceMailClear"_s;
-  default: return QString();
+  case PacketType::Pulse:
+    return u"Pulse"_s;
+  case PacketType::Login:
+    return u"Login"_s;
+  case PacketType::CallState:
+    return u"CallState"_s;
+  case PacketType::DialDigits:
+    return u"DialDigits"_s;
+  case PacketType::UserInfo:
+    return u"UserInfo"_s;
+  case PacketType::PhoneCommand:
+    return u"PhoneCommand"_s;
+  case PacketType::MissedCall:
+    return u"MissedCall"_s;
+  case PacketType::SrvClassSet:
+    return u"SrvClassSet"_s;
+  case PacketType::DeviceControl:
+    return u"DeviceControl"_s;
+  case PacketType::GsmModule:
+    return u"GsmModule"_s;
+  case PacketType::ExtensionQuery:
+    return u"ExtensionQuery"_s;
+  case PacketType::MoringCall:
+    return u"NETMODULE_CODE_MORINGCALL_SET"_s;
+  case PacketType::SrvClassName:
+    return u"SrvClassName"_s;
+  case PacketType::RecordServerQuery:
+    return u"RecordServerQuery"_s;
+  case PacketType::VoiceMailClear:
+    return u"VoiceMailClear"_s;
+  default:
+    return QString();
   }
 }
 
@@ -32,7 +48,9 @@ quint16 GetU16(const char *p, int offset) {
   return quint16(quint8(p[offset]) | (quint16(quint8(p[offset + 1])) << 8));
 }
 
-qint16 GetI16(const char *p, int offset) { return qint16(GetU16(p, offset)); }
+qint16 GetI16(const char *p, int offset) {
+  return qint16(GetU16(p, offset));
+}
 
 quint32 GetU32(const char *p, int offset) {
   return quint32(GetU16(p, offset)) | (quint32(GetU16(p, offset + 2)) << 16);
@@ -48,7 +66,9 @@ void PutU32(char *p, int offset, quint32 value) {
   PutU16(p, offset + 2, quint16(value >> 16));
 }
 
-QString GetText(const char *p, int offset, int size) { return ReadFixedText(p + offset, size); }
+QString GetText(const char *p, int offset, int size) {
+  return ReadFixedText(p + offset, size);
+}
 
 void PutText(char *p, int offset, int size, const QString &text) {
   WriteFixedText(p + offset, size, text);
@@ -75,7 +95,9 @@ namespace {
 PacketOutlet g_outlet = nullptr;
 void *g_outletContext = nullptr;
 
-bool HasSession() { return SysParam().MyID != kNoSession; }
+bool HasSession() {
+  return SysParam().MyID != kNoSession;
+}
 
 // Zeroes a record and fills its header's type, session id and length.
 void StartRecord(char *record, int size, PacketType type) {
@@ -160,9 +182,15 @@ void PassThrough(char *record, int size) {
 }
 } // namespace
 
-void SendPacket16(char *record) { PassThrough(record, 16); }
-void SendPacket20(char *record) { PassThrough(record, 20); }
-void SendPacket220(char *record) { PassThrough(record, 220); }
+void SendPacket16(char *record) {
+  PassThrough(record, 16);
+}
+void SendPacket20(char *record) {
+  PassThrough(record, 20);
+}
+void SendPacket220(char *record) {
+  PassThrough(record, 220);
+}
 
 TCallStateRecord TCallStateRecord::Parse(const char *w) {
   TCallStateRecord r;

@@ -9,7 +9,9 @@ TRecvWorker::TRecvWorker(TExchangeLink *link) : m_link(link) {
   setObjectName(QStringLiteral("BMDThread_RecvSocketMsg"));
 }
 
-TRecvWorker::~TRecvWorker() { Stop(); }
+TRecvWorker::~TRecvWorker() {
+  Stop();
+}
 
 void TRecvWorker::Stop() {
   if (!isRunning())
