@@ -87,6 +87,9 @@ public:
   void CallBackArrived(const QString &number);
   // What the hint and the balloon said for the last announced call.
   QString IncomingHintText;
+  // IncomStyle 0: the main window comes back and, while the call still rings,
+  // the call page shows the caller.
+  void ShowIncomingDirect(const QString &number);
   // The tray balloon was clicked: as IncomStyle 0.
   void BalloonClick();
   void ShowPopMsg(const QString &number);
@@ -273,7 +276,6 @@ private:
   void FillGroupNames(QStringList &items);
   void RunCompanySearch(const QString &text, const QString &selected);
   void RunNamedSearch(const QString &sql);
-  void ShowIncomingDirect(const QString &number);
 
   int m_loadGeneration = 0;
 };
