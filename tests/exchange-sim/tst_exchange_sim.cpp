@@ -2,91 +2,14 @@
 // playing the console. Expected bytes are worked out by hand here, not taken
 // from the simulator's own builder.
 #include "ExchangeSim.h"
+#include "FakeConsole.h"
 
 #include <QSignalSpy>
-#include <QTcpSocket>
 #include <QTemporaryFile>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-QByteArray Hex(const char *hex) {
-  return QByteArray::fromHex(hex);
-}
-
-// A packet as the console would write it, built independently of the simulator.
-QByteArray ConsolePacket(qint16 type, quint16 id, const QByteArray &payload, int len = -1) {
-  QByteArray p = Hex("12191039 0000 0000 0000 0000") + payload;
-  const int length = len < 0 ? int(p.size()) : len;
-  p[6] = char(type & 0xFF), p[7] = char((type >> 8) & 0xFF);
-  p[8] = char(id & 0xFF), p[9] = char(id >> 8);
-  p[10] = char(length & 0xFF), p[11] = char((length >> 8) & 0xFF);
-  int sum = 0;
-  for (qsizetype i = 6; i < p.size(); ++i)
-    sum += quint8(p.at(i));
-  p[4] = char((256 - sum % 256) % 256);
-  return p;
-}
-
-QByteArray Field(const QByteArray &text, int size) {
-  return text + QByteArray(size - text.size(), '\0');
-}
-
-QByteArray LoginPacket(const QByteArray &telNo, const QByteArray &password) {
-  return ConsolePacket(16, 0, Field(telNo, 21) + Field(password, 21) + Field("02", 10));
-}
-
-struct Header {
-  qint16 Type;
-  quint16 Id;
-  qint16 Len;
-};
-Header HeaderOf(const QByteArray &p) {
-  auto u16 = [&p](int at) { return quint16(quint8(p.at(at)) | quint8(p.at(at + 1)) << 8); };
-  return {qint16(u16(6)), u16(8), qint16(u16(10))};
-}
-
-// The console's end of the link: connects and keeps what arrives.
-struct FakeConsole {
-  QTcpSocket Socket;
-  QByteArray Got;
-  bool Closed = false;
-
-  explicit FakeConsole(quint16 port) {
-    QObject::connect(&Socket, &QTcpSocket::readyRead, [this] { Got += Socket.readAll(); });
-    QObject::connect(&Socket, &QTcpSocket::disconnected, [this] { Closed = true; });
-    Socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    Socket.connectToHost(QHostAddress::LocalHost, port);
-  }
-  void Send(const QByteArray &bytes) {
-    Socket.write(bytes);
-    Socket.flush();
-  }
-  // Cuts what arrived into packets by their Len; a broken Len ends the walk.
-  QList<QByteArray> Packets() const {
-    QList<QByteArray> out;
-    for (qsizetype at = 0; Got.size() - at >= 12;) {
-      const int len = HeaderOf(Got.mid(at, 12)).Len;
-      if (len < 12 || Got.size() - at < len)
-        break;
-      out << Got.mid(at, len);
-      at += len;
-    }
-    return out;
-  }
-  QList<qint16> Types() const {
-    QList<qint16> types;
-    for (const QByteArray &p : Packets())
-      types << HeaderOf(p).Type;
-    return types;
-  }
-};
-
-constexpr int kWait = 10000;
-
-} // namespace
+using namespace sim_test;
 
 class ExchangeSimTest : public QObject {
   Q_OBJECT
@@ -134,6 +57,13 @@ private slots:
                                 << ConsolePacket(17, 3,
                                                  Hex("02 00 0700 00") + Field("13800138000", 21) +
                                                      Field("8001", 21) + Hex("01 00000000 1000"));
+    // The feature list is not a fixed field: it runs to its NUL at the end.
+    QTest::newRow("user info") << SimPackets::UserInfoPacket(3, u"8001"_s, u"前台"_s, 5003,
+                                                             u"desk"_s, -1, u"*72\r\n*73"_s)
+                               << ConsolePacket(19, 3,
+                                                Field("8001", 21) + Field("\xC7\xB0\xCC\xA8", 41) +
+                                                    Hex("8B13") + Field("desk", 42) + Hex("FFFF") +
+                                                    QByteArray("*72\r\n*73", 8) + Hex("00"));
   }
   void builtPacketsMatchHandComputedBytes() {
     QFETCH(QByteArray, built);
@@ -422,7 +352,7 @@ private slots:
 
   void badScriptRunsNothing_data() {
     QTest::addColumn<QString>("line");
-    QTest::newRow("unknown step") << u"at 10 ring 8002"_s;
+    QTest::newRow("unknown step") << u"at 10 dance"_s;
     QTest::newRow("odd hex") << u"at 10 raw 12 19 1"_s;
     QTest::newRow("not hex") << u"at 10 send 17 zz"_s;
     QTest::newRow("no time") << u"send 17 02"_s;
@@ -430,6 +360,15 @@ private slots:
     QTest::newRow("type too big") << u"at 0 send 40000"_s;
     QTest::newRow("pulses what") << u"at 0 pulses maybe"_s;
     QTest::newRow("drop with more") << u"at 0 drop now"_s;
+    QTest::newRow("ring without a caller") << u"at 0 ring"_s;
+    QTest::newRow("ring on no line") << u"at 0 ring 8002 x"_s;
+    QTest::newRow("ring on a negative line") << u"at 0 ring 8002 -1"_s;
+    QTest::newRow("callback of two") << u"at 0 callback 8002 8003"_s;
+    QTest::newRow("answer with more") << u"at 0 answer 8002"_s;
+    QTest::newRow("giveup with more") << u"at 0 giveup now"_s;
+    QTest::newRow("userinfo short") << u"at 0 userinfo 8001 front 5003"_s;
+    QTest::newRow("userinfo port too big") << u"at 0 userinfo 8001 front 70000 1"_s;
+    QTest::newRow("userinfo admin 2") << u"at 0 userinfo 8001 front 5003 2 *72"_s;
   }
   void badScriptRunsNothing() {
     QFETCH(QString, line);

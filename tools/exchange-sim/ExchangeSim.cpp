@@ -10,12 +10,20 @@ const QString kAccepted = u"1000"_s;
 const QString kUnknownUser = u"1001"_s;
 // The console reads 65535 as "no session", so that id is never handed out.
 constexpr quint16 kNoSession = 65535;
+// DeviceControl codes for the console's own handset.
+constexpr quint16 kOffHook = 134;
+constexpr quint16 kOnHook = 135;
 } // namespace
 
 ExchangeSim::ExchangeSim(QObject *parent) : QObject(parent) {
   connect(&Server, &QTcpServer::newConnection, this, &ExchangeSim::OnNewConnection);
   connect(&PulseTimer, &QTimer::timeout, this, &ExchangeSim::SendPulse);
   connect(&Runner, &ScriptRunner::finished, this, &ExchangeSim::scriptFinished);
+  connect(&Calls, &SimCall::stateChanged, this, [this](const SimCallStatus &status) {
+    ReportCall(status);
+    emit callStateChanged(status);
+  });
+  connect(&Calls, &SimCall::stateRepeated, this, &ExchangeSim::ReportCall);
 }
 
 ExchangeSim::~ExchangeSim() {
@@ -89,6 +97,39 @@ void ExchangeSim::SendCallState(quint8 state, qint16 line, const QString &caller
 
 void ExchangeSim::SendMissedCall(const QString &caller) {
   Write(SimPackets::MissedCallPacket(Session, caller));
+}
+
+bool ExchangeSim::RingConsole(const QString &caller, int line) {
+  return Calls.Ring(caller, line);
+}
+
+bool ExchangeSim::CallBackConsole(const QString &caller) {
+  return Calls.RingBack(caller);
+}
+
+bool ExchangeSim::AnswerByFarEnd() {
+  return Calls.AnswerByFarEnd();
+}
+
+bool ExchangeSim::HangUpByFarEnd() {
+  return Calls.HangUpByFarEnd();
+}
+
+bool ExchangeSim::GiveUpRinging(bool sendMissedCall) {
+  QString caller;
+  if (!Calls.GiveUp(&caller))
+    return false;
+  if (sendMissedCall && SessionOpen)
+    SendMissedCall(caller);
+  return true;
+}
+
+void ExchangeSim::SendUserInfo(const QString &number, const QString &name, quint16 port,
+                               const QString &description, bool admin,
+                               const QStringList &features) {
+  // The console shows the list as it comes, so each code gets a line of its own.
+  Write(SimPackets::UserInfoPacket(Session, number, name, port, description, admin ? 1 : 0,
+                                   features.join(u"\r\n"_s)));
 }
 
 void ExchangeSim::DropConnection() {
@@ -167,6 +208,8 @@ void ExchangeSim::OnReadyRead() {
     emit packetReceived(packet);
     if (packet.TypeCode == SimPackets::Login && !packet.Malformed)
       AnswerLogin(packet);
+    else if (SessionOpen && !packet.Malformed)
+      ActOnCallPacket(packet);
   }
 }
 
@@ -248,6 +291,39 @@ void ExchangeSim::Write(const QByteArray &bytes) {
   Console->flush();
 }
 
+// Only a logged-in console drives its extension; before that its packets are
+// merely recorded.
+void ExchangeSim::ActOnCallPacket(const SimPacket &packet) {
+  switch (packet.TypeCode) {
+  case SimPackets::DeviceControl: {
+    const QByteArray &b = packet.Bytes;
+    const quint16 code = b.size() >= 14 ? static_cast<quint16>(static_cast<quint8>(b.at(12)) |
+                                                               static_cast<quint8>(b.at(13)) << 8)
+                                        : 0;
+    if (code == kOffHook)
+      Calls.OffHook();
+    else if (code == kOnHook)
+      Calls.OnHook();
+    break;
+  }
+  case SimPackets::DialDigits:
+    Calls.Dial(packet.Fields.value(u"Digits"_s).toString().remove(u'?'));
+    break;
+  case SimPackets::PhoneCommand:
+    Calls.PhoneCommand(static_cast<quint16>(packet.Fields.value(u"Code"_s).toUInt()));
+    break;
+  default:
+    break;
+  }
+}
+
+void ExchangeSim::ReportCall(const SimCallStatus &status) {
+  if (!SessionOpen)
+    return;
+  SendCallState(status.State, status.Line, status.Caller, status.Called, status.LogAsDialOut,
+                status.Rights);
+}
+
 void ExchangeSim::Perform(const ScriptStep &step) {
   switch (step.Action) {
   case ScriptStep::Kind::Send:
@@ -270,6 +346,24 @@ void ExchangeSim::Perform(const ScriptStep &step) {
     break;
   case ScriptStep::Kind::Missed:
     SendMissedCall(step.Caller);
+    break;
+  case ScriptStep::Kind::Ring:
+    RingConsole(step.Caller, step.DeviceLine);
+    break;
+  case ScriptStep::Kind::CallBack:
+    CallBackConsole(step.Caller);
+    break;
+  case ScriptStep::Kind::Answer:
+    AnswerByFarEnd();
+    break;
+  case ScriptStep::Kind::HangUp:
+    HangUpByFarEnd();
+    break;
+  case ScriptStep::Kind::GiveUp:
+    GiveUpRinging(true);
+    break;
+  case ScriptStep::Kind::UserInfo:
+    SendUserInfo(step.Caller, step.Name, step.Port, {}, step.Admin, step.Features);
     break;
   }
 }

@@ -1,10 +1,13 @@
 // A simulated exchange: it accepts the console's TCP connection, answers Login,
 // sends Pulses while a session is open, records everything the console sends,
 // and lets a test or a script push any packet or byte sequence at the console.
-// One console at a time: a new connection replaces the old one.
+// One console at a time: a new connection replaces the old one. The logged-in
+// console's own extension carries calls (SimCalls.h): its packets move them,
+// and so do the far-end calls below and the script.
 #pragma once
 
 #include "Script.h"
+#include "SimCalls.h"
 #include "SimPackets.h"
 
 #include <QHash>
@@ -60,6 +63,25 @@ public:
                      bool logAsDialOut = false, quint16 rights = 0);
   void SendMissedCall(const QString &caller);
 
+  // The console's own extension. Changes reach the console as CallState
+  // packets while a session is open; the state outlives the session, as the
+  // telephone on the desk does, and a new login asks for it.
+  SimCall &Call() { return Calls; }
+  quint8 CallStateOf() const { return Calls.CurrentState(); }
+  void SetDialCompleteAfter(int ms) { Calls.SetDialCompleteAfter(ms); }
+  void SetAnswerAfter(int ms) { Calls.SetAnswerAfter(ms); }
+  void SetLine(qint16 line) { Calls.SetLine(line); }
+  void SetRights(quint16 rights) { Calls.SetRights(rights); }
+  // The far end. Each is false, and sends nothing, when the call is not in a
+  // state it applies to: a ring reaches an idle extension only.
+  bool RingConsole(const QString &caller, int line = -1); // line < 0: the extension's own
+  bool CallBackConsole(const QString &caller);
+  bool AnswerByFarEnd();
+  bool HangUpByFarEnd();
+  bool GiveUpRinging(bool sendMissedCall = true);
+  void SendUserInfo(const QString &number, const QString &name, quint16 port,
+                    const QString &description, bool admin, const QStringList &features);
+
   // Closes the console's connection as a lost link would (bytes already
   // written still go out first).
   void DropConnection();
@@ -83,6 +105,7 @@ signals:
   void packetReceived(const SimPacket &packet);
   void loginAnswered(const QString &telNo, const QString &result);
   void scriptFinished();
+  void callStateChanged(const SimCallStatus &status);
 
 private:
   struct User {
@@ -101,6 +124,8 @@ private:
   void UpdatePulseTimer();
   void Write(const QByteArray &bytes);
   void Perform(const ScriptStep &step);
+  void ActOnCallPacket(const SimPacket &packet);
+  void ReportCall(const SimCallStatus &status);
 
   QTcpServer Server;
   QPointer<QTcpSocket> Console;
@@ -120,4 +145,5 @@ private:
 
   QList<SimPacket> Log;
   ScriptRunner Runner;
+  SimCall Calls;
 };

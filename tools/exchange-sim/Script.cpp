@@ -71,6 +71,41 @@ QString ParseStep(const QStringList &tokens, ScriptStep *step) {
     if (args.size() != 1)
       return u"missed takes one caller number"_s;
     step->Caller = args.at(0);
+  } else if (verb == u"ring"_s) {
+    step->Action = ScriptStep::Kind::Ring;
+    if (args.isEmpty() || args.size() > 2)
+      return u"ring takes <caller> [<line>]"_s;
+    step->Caller = args.at(0);
+    step->DeviceLine = -1;
+    if (args.size() == 2) {
+      step->DeviceLine = args.at(1).toShort(&ok);
+      if (!ok || step->DeviceLine < 0)
+        return u"\"%1\" is not a line"_s.arg(args.at(1));
+    }
+  } else if (verb == u"callback"_s) {
+    step->Action = ScriptStep::Kind::CallBack;
+    if (args.size() != 1)
+      return u"callback takes one caller number"_s;
+    step->Caller = args.at(0);
+  } else if (verb == u"answer"_s || verb == u"hangup"_s || verb == u"giveup"_s) {
+    step->Action = verb == u"answer"_s   ? ScriptStep::Kind::Answer
+                   : verb == u"hangup"_s ? ScriptStep::Kind::HangUp
+                                         : ScriptStep::Kind::GiveUp;
+    if (!args.isEmpty())
+      return u"%1 takes nothing after it"_s.arg(verb);
+  } else if (verb == u"userinfo"_s) {
+    step->Action = ScriptStep::Kind::UserInfo;
+    if (args.size() < 4)
+      return u"userinfo takes <number> <name> <port> <admin 0|1> [<feature code> ...]"_s;
+    step->Caller = args.at(0);
+    step->Name = args.at(1);
+    step->Port = args.at(2).toUShort(&ok);
+    if (!ok)
+      return u"\"%1\" is not a port"_s.arg(args.at(2));
+    if (args.at(3) != u"0"_s && args.at(3) != u"1"_s)
+      return u"admin is 0 or 1, not \"%1\""_s.arg(args.at(3));
+    step->Admin = args.at(3) == u"1"_s;
+    step->Features = args.mid(4);
   } else {
     return u"unknown step \"%1\""_s.arg(verb);
   }

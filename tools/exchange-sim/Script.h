@@ -3,10 +3,20 @@
 //   # comment
 //   at 0    send 17 02 00 ...      type code, then payload bytes in hex (spaces allowed)
 //   at 500  raw 12 19 10 39 ...    bytes exactly as written, in one write
-//   at 900  callstate 2 5 8002     state, line, caller [, called]: a ready-made CallState
+//   at 900  callstate 2 5 8002     state, line, caller [, called]: a ready-made CallState,
+//                                  which leaves the extension's own call as it is
 //   at 950  missed 8002            a ready-made MissedCall
 //   at 1000 pulses off             or "pulses on"
 //   at 2000 drop                   close the console's connection
+//
+// Steps of the console's own extension, which move its call as a far end would
+// (each does nothing when the call is not in a state it applies to):
+//   at 0    ring 8002 [line]       an idle extension rings; the line defaults to its own
+//   at 0    callback 8002          an idle extension is rung back
+//   at 3000 answer                 the party called out to answers
+//   at 9000 hangup                 the other party hangs up: "please hang up"
+//   at 5000 giveup                 a ringing call stops unanswered; a MissedCall follows
+//   at 0    userinfo 8001 前台 5003 1 *72 *73   number, name, port, admin 0|1, feature codes
 //
 // Times are milliseconds from the start of the script; steps with the same time
 // run in the order of the file.
@@ -17,12 +27,27 @@
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 
 #include <functional>
 
 struct ScriptStep {
-  enum class Kind { Send, Raw, Drop, PulsesOff, PulsesOn, CallState, Missed };
+  enum class Kind {
+    Send,
+    Raw,
+    Drop,
+    PulsesOff,
+    PulsesOn,
+    CallState,
+    Missed,
+    Ring,
+    CallBack,
+    Answer,
+    HangUp,
+    GiveUp,
+    UserInfo,
+  };
   Kind Action = Kind::Drop;
   int At = 0;   // ms after the start
   int Line = 0; // line in the file, for messages
@@ -30,8 +55,12 @@ struct ScriptStep {
   QByteArray Bytes; // payload of Send, the bytes of Raw
   quint8 State = 0;
   qint16 DeviceLine = 0;
-  QString Caller;
+  QString Caller; // also the extension's number of UserInfo
   QString Called;
+  QString Name;
+  quint16 Port = 0;
+  bool Admin = false;
+  QStringList Features;
 };
 
 // Parses a whole script. On any bad line nothing is returned as usable: the

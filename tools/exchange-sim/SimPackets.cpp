@@ -21,6 +21,8 @@ constexpr int kCallStateState = 12, kCallStateLine = 14, kCallStateCaller = 17,
               kCallStateCalled = 38, kCallStateLogAsDialOut = 59, kCallStateRights = 64;
 constexpr int kMissedCallSize = 54;
 constexpr int kNumberSize = 21;
+constexpr int kUserNumber = 12, kUserName = 33, kUserPort = 74, kUserDescription = 76,
+              kUserAdmin = 118, kUserFeatures = 120;
 
 // Reads beyond the data give zeros, as if the packet were padded.
 quint8 U8(const QByteArray &bytes, int offset) {
@@ -141,6 +143,22 @@ QByteArray MissedCallPacket(quint16 id, const QString &caller) {
   QByteArray payload(kMissedCallSize - kHeaderSize, '\0');
   PutField(payload, 0, TextField(caller, kNumberSize));
   return BuildPacket(MissedCall, id, payload);
+}
+
+QByteArray UserInfoPacket(quint16 id, const QString &number, const QString &name, quint16 port,
+                          const QString &description, qint16 admin, const QString &features) {
+  QByteArray payload(kUserFeatures - kHeaderSize, '\0');
+  auto at = [](int offset) { return offset - kHeaderSize; };
+  PutField(payload, at(kUserNumber), TextField(number, kUserName - kUserNumber));
+  PutField(payload, at(kUserName), TextField(name, kUserPort - kUserName));
+  PutU16(payload, at(kUserPort), port);
+  PutField(payload, at(kUserDescription), TextField(description, kUserAdmin - kUserDescription));
+  PutU16(payload, at(kUserAdmin), static_cast<quint16>(admin));
+  // The list runs to its NUL; only Len's own limit cuts it.
+  constexpr qsizetype kLongestPacket = 32767;
+  const qsizetype size = std::min(EncodeGbk(features).size() + 1, kLongestPacket - kUserFeatures);
+  payload += TextField(features, static_cast<int>(size));
+  return BuildPacket(UserInfo, id, payload);
 }
 
 QString DigitsText(const QByteArray &codes) {

@@ -71,6 +71,9 @@ QByteArray CallStatePacket(quint16 id, quint8 state, qint16 line, const QString 
                            const QString &called = {}, bool logAsDialOut = false,
                            quint16 rights = 0);
 QByteArray MissedCallPacket(quint16 id, const QString &caller);
+// The logged-in extension's data; the feature code list runs to the packet's end.
+QByteArray UserInfoPacket(quint16 id, const QString &number, const QString &name, quint16 port,
+                          const QString &description, qint16 admin, const QString &features);
 
 // "123*#0" from the one-code-a-byte digits of DialDigits, and back.
 QString DigitsText(const QByteArray &codes);

@@ -86,7 +86,18 @@ int main(int argc, char *argv[]) {
       u"MS"_s, u"5000"_s);
   const QCommandLineOption scriptOption(
       u"script"_s, u"Play the timed steps in FILE from each accepted login on."_s, u"FILE"_s);
-  parser.addOptions({portOption, listenOption, userOption, pulseOption, scriptOption});
+  const QCommandLineOption dialCompleteOption(
+      u"dial-complete"_s,
+      u"Milliseconds after the last digit before a dialled call goes out; 0 at once "
+      "(default 1500)."_s,
+      u"MS"_s, u"1500"_s);
+  const QCommandLineOption answerAfterOption(
+      u"answer-after"_s,
+      u"Milliseconds a dialled party rings before it answers; 0 at once, negative "
+      "never, so only a script's answer step does (default 2000)."_s,
+      u"MS"_s, u"2000"_s);
+  parser.addOptions({portOption, listenOption, userOption, pulseOption, scriptOption,
+                     dialCompleteOption, answerAfterOption});
   parser.process(app);
 
   bool ok = false;
@@ -106,8 +117,21 @@ int main(int argc, char *argv[]) {
     return 2;
   }
 
+  const int dialComplete = parser.value(dialCompleteOption).toInt(&ok);
+  if (!ok || dialComplete < 0) {
+    Complain(u"--dial-complete wants a number of milliseconds"_s);
+    return 2;
+  }
+  const int answerAfter = parser.value(answerAfterOption).toInt(&ok);
+  if (!ok) {
+    Complain(u"--answer-after wants a number of milliseconds"_s);
+    return 2;
+  }
+
   ExchangeSim sim;
   sim.SetPulsePeriod(pulse);
+  sim.SetDialCompleteAfter(dialComplete);
+  sim.SetAnswerAfter(answerAfter);
   QStringList users = parser.values(userOption);
   if (users.isEmpty())
     users << u"8001:1234"_s;
@@ -157,6 +181,17 @@ int main(int argc, char *argv[]) {
                      }
                    });
   QObject::connect(&sim, &ExchangeSim::scriptFinished, &sim, [] { Say(u"script finished"_s); });
+  QObject::connect(&sim, &ExchangeSim::callStateChanged, &sim, [](const SimCallStatus &status) {
+    QString line =
+        u"-> call state %1 (%2)"_s.arg(status.State).arg(SimCall::StateName(status.State));
+    if (!status.Caller.isEmpty())
+      line += u" caller %1"_s.arg(status.Caller);
+    if (!status.Called.isEmpty())
+      line += u" with %1"_s.arg(status.Called);
+    if (status.Line != 0)
+      line += u" on line %1"_s.arg(status.Line);
+    Say(line);
+  });
 
   if (!sim.Listen(static_cast<quint16>(port), address)) {
     Complain(
