@@ -75,18 +75,8 @@ public:
                     TDateTime when);
   void ConEdit_LMDButtonClick();
 
-  // A call that rings at the console (state 2). The device is told by the
-  // caller since the board knows it: a trunk's panel caption titles the balloon.
-  struct TIncomingCall {
-    QString Number;
-    bool FromTrunk = false;
-    QString TrunkCaption;
-  };
-  void AnnounceIncomingCall(const TIncomingCall &call);
-  // A call back from the exchange (state 3).
-  void CallBackArrived(const QString &number);
-  // What the hint and the balloon said for the last announced call.
-  QString IncomingHintText;
+  // How a ringing call is announced is the call handling's; these are the ways
+  // it can ask for here.
   // IncomStyle 0: the main window comes back and, while the call still rings,
   // the call page shows the caller.
   void ShowIncomingDirect(const QString &number);
@@ -256,7 +246,6 @@ public:
 signals:
   void pageRequested(TDirectoryPages::Page page);
   void restoreMainWindowRequested();
-  void ringRequested();
   void smsRequested(const QString &number);
   void taskContactChosen(const QString &name);
   // The memo's find dialog is to show, its lower edge on the memo's upper edge.

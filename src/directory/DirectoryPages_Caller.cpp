@@ -150,44 +150,6 @@ void TDirectoryPages::LoadCallItem(const QString &field, const QString &number, 
   list.Insert(0, item);
 }
 
-void TDirectoryPages::AnnounceIncomingCall(const TIncomingCall &call) {
-  const QString &number = call.Number;
-  InsertCallItem(u"Phone1"_s, number, -1, Incomings_LMDListBox);
-  if (SysConfig().RingFlag == 0)
-    emit ringRequested();
-
-  const QString lineEnd = u"\n"_s;
-  if (!number.trimmed().isEmpty()) {
-    ShowCallerInfo(u"Phone1"_s, number);
-    const TLmdlistItemRam &first = Incomings_LMDListBox.Item(0);
-    IncomingHintText = LangFormat(319, {number, lineEnd}) + LangFormat(320, {first.Name, lineEnd}) +
-                       LangFormat(321, {first.Company, lineEnd});
-  } else {
-    IncomingHintText = LangFormat(322, {LangText(323), lineEnd}) +
-                       LangFormat(324, {LangText(325), lineEnd}) +
-                       LangFormat(326, {LangText(327), lineEnd});
-  }
-
-  switch (SysConfig().IncomStyle) {
-  case 0:
-    ShowIncomingDirect(number);
-    break;
-  case 1: {
-    const QString title = call.FromTrunk ? LangFormat(328, {call.TrunkCaption}) : LangText(329);
-    APICallNumber = number; // a click on the balloon shows this call
-    TheShell().Balloon(title, IncomingHintText, 10, BalloonIcon::Info);
-    break;
-  }
-  case 3:
-    ShowPopMsg(number);
-    break;
-  default:
-    APICallNumber = number;
-    TeSpeedButton_APIExcuteClick();
-    break;
-  }
-}
-
 void TDirectoryPages::ShowIncomingDirect(const QString &number) {
   emit restoreMainWindowRequested();
   const bool ringing = CallStillRinging ? CallStillRinging() : true;
@@ -199,14 +161,6 @@ void TDirectoryPages::ShowIncomingDirect(const QString &number) {
 
 void TDirectoryPages::BalloonClick() {
   ShowIncomingDirect(APICallNumber);
-}
-
-void TDirectoryPages::CallBackArrived(const QString &number) {
-  InsertCallItem(u"Phone1"_s, number, -1, Incomings_LMDListBox);
-  if (SysConfig().RingFlag == 0)
-    emit ringRequested();
-  if (CurrentConID == -1 && !number.trimmed().isEmpty())
-    ShowCallerInfo(u"Phone1"_s, number);
 }
 
 void TDirectoryPages::ShowPopMsg(const QString &number) {

@@ -7,6 +7,7 @@
 #include "support/Settings.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QSqlDriver>
 #include <QSqlError>
@@ -115,6 +116,16 @@ void TSys_DM::DataModuleCreate() {
   } else {
     m_fileName = AppFile(u"Database/Notes_DB.db"_s);
     QDir().mkpath(QFileInfo(m_fileName).absolutePath());
+  }
+
+  // A file the console can't write would open and read fine and fail only at
+  // the first call record; better to say so at start. Opening it for writing
+  // and closing it changes nothing in it.
+  if (QFileInfo::exists(m_fileName)) {
+    QFile probe(m_fileName);
+    if (!probe.open(QIODevice::ReadWrite))
+      throw EDatabaseError(u"The database file is readonly: "_s + m_fileName + u" ("_s +
+                           probe.errorString() + u')');
   }
 
   QSqlDatabase db = QSqlDatabase::addDatabase(u"QSQLITE"_s, ConnectionName());

@@ -57,7 +57,10 @@ struct Directory : TCallDirectory {
   }
   void ShowPopMsg(const QString &n) override { Calls << u"popmsg:"_s + n; }
   void ExternalCall() override { Calls << u"external:"_s + LastSysParam().CallerNo; }
-  void LogCall(int kind, const QString &n) override { Calls << u"log%1:%2"_s.arg(kind).arg(n); }
+  QStringList LogCall(int kind, const QString &n) override {
+    Calls << u"log%1:%2"_s.arg(kind).arg(n);
+    return Row;
+  }
 };
 
 struct Desk {

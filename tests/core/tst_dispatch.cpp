@@ -7,6 +7,8 @@
 #include "core/console/UserInfo_Form.h"
 #include "core/link/Public_Unit.h"
 #include "core/link/SysParam.h"
+#include "directory/DirectoryPages.h"
+#include "directory/SysDM_Unit.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
 #include "support/Paths.h"
@@ -206,13 +208,22 @@ private slots:
 
   void missedCallStoresAndTellsTheOperator() {
     Console c;
-    QStringList stored;
-    c.main.AddCallRecord = [&stored](int kind, const QString &number) {
-      stored << u"%1:%2"_s.arg(kind).arg(number);
-      return QStringList{u"张三"_s, {}, {}, {}, u"VIP"_s};
-    };
+    Sys_DM().DataModuleCreate();
+    TADOQuery contact;
+    Sys_DM().OpenSQL(u"select * from maininfo where (1=2)"_s, contact);
+    contact.Append();
+    contact.SetString(u"Name"_s, u"张三"_s);
+    contact.SetString(u"MobilePhone"_s, u"13800138000"_s);
+    contact.SetString(u"Company"_s, u"VIP"_s);
+    contact.Post();
     c.Feed(Packet(PacketType::MissedCall, 1, Text("13800138000", 21) + Text("x", 21)));
-    QCOMPARE(stored, QStringList{u"1:13800138000"_s});
+    // Stored as a missed call, and on top of the missed calls' list.
+    TADOQuery log;
+    Sys_DM().OpenSQL(u"select * from conRecords"_s, log);
+    QCOMPARE(log.RecordCount(), 1);
+    QCOMPARE(log.AsString(u"TelNos"_s), u"13800138000"_s);
+    QCOMPARE(log.AsInteger(u"State"_s), 1);
+    QCOMPARE(c.main.Pages().lostIncom_LMDListBox.Count(), 1);
     QCOMPARE(c.shell.Balloons.size(), 1);
     QCOMPARE(c.shell.Balloons[0].Title, LangText(293));
     QCOMPARE(c.shell.Balloons[0].Text, LangFormat(290, {u"13800138000"_s, u"\r"_s}) +

@@ -9,6 +9,7 @@
 #include "support/Log.h"
 #include "support/Settings.h"
 
+#include <QFile>
 #include <QProcess>
 #include <QSqlQuery>
 #include <QTest>
@@ -358,6 +359,25 @@ private slots:
     RunGuarded([] { Sys_DM().DataModuleCreate(); });
     QCOMPARE(shell.Messages.size(), 1);
     QCOMPARE(shell.Messages[0].Kind, MessageKind::Error);
+  }
+
+  // A file nobody may write (as a read-only copy on a share would be): the
+  // operator is told which file and why, and the console goes on.
+  void readOnlyFileIsReportedClearly() {
+    TestHome home;
+    Sys_DM().DataModuleCreate();
+    const QString file = Sys_DM().FileName();
+    QSqlDatabase::removeDatabase(QString::fromUtf16(TSys_DM::kConnectionName));
+    QFile::remove(file + u"-wal"_s);
+    QFile::remove(file + u"-shm"_s);
+    if (QProcess::execute(u"chattr"_s, {u"+i"_s, file}) != 0)
+      QSKIP("files can't be made read-only for root here");
+    RecordingShell shell;
+    RunGuarded([] { Sys_DM().DataModuleCreate(); });
+    QProcess::execute(u"chattr"_s, {u"-i"_s, file});
+    QCOMPARE(shell.Messages.size(), 1);
+    QVERIFY2(shell.Messages[0].Text.contains(u"Notes_DB.db"_s), qPrintable(shell.Messages[0].Text));
+    QVERIFY2(shell.Messages[0].Text.contains(u"readonly"_s), qPrintable(shell.Messages[0].Text));
   }
 
   void fileLockedByAnotherProgram() {

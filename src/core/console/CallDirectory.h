@@ -28,6 +28,7 @@ public:
   virtual void ExternalCall() = 0;
 
   // A finished call: a row of its kind (1 missed, 2 answered, 3 dialled) in the
-  // call log and in the list of that kind.
-  virtual void LogCall(int kind, const QString &number) = 0;
+  // call log and in the list of that kind. Returns the new row's columns (0 the
+  // contact's name, 4 the company).
+  virtual QStringList LogCall(int kind, const QString &number) = 0;
 };

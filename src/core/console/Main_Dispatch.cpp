@@ -1,6 +1,7 @@
 // The dispatcher: every packet from the exchange reaches its handler here, and
 // the state record is copied after it so that the next handler can see what
 // changed.
+#include "core/console/CallDirectory.h"
 #include "core/console/Main_Form.h"
 #include "core/console/UserInfo_Form.h"
 #include "core/link/Public_Unit.h"
@@ -76,8 +77,8 @@ void TMain_Form::processPacketFromSocket_UserInfo(const char *work) {
 void TMain_Form::processPacketFromSocket_MissedCall(const char *work) {
   const QString number = GetText(work, 12, 21);
   QStringList row;
-  if (AddCallRecord)
-    row = AddCallRecord(1, number);
+  if (CallDirectory)
+    row = CallDirectory->LogCall(1, number);
   const QString cr = u"\r"_s;
   const QString text = LangFormat(290, {number, cr}) + LangFormat(291, {row.value(0), cr}) +
                        LangFormat(292, {row.value(4), cr});

@@ -1,7 +1,9 @@
 // The frame's part of the main window's logic: creation, first show, closing.
 #include "core/console/Main_Form.h"
 
+#include "core/console/DirectoryCalls.h"
 #include "core/console/Login_Form.h"
+#include "directory/DirectoryPages.h"
 #include "core/link/SysParam.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
@@ -10,7 +12,14 @@
 
 using namespace Qt::StringLiterals;
 
-TMain_Form::TMain_Form(QObject *parent) : TFormLogic("TMain_Form", parent) {
+TMain_Form::TMain_Form(QObject *parent)
+    : TFormLogic("TMain_Form", parent), m_pages(std::make_unique<TDirectoryPages>()),
+      m_directoryCalls(std::make_unique<TDirectoryCalls>(*m_pages)) {
+  CallDirectory = m_directoryCalls.get();
+  m_pages->DialNumber = [this](const QString &number) { DialNumber(number); };
+  m_pages->CallStillRinging = [] { return SysParam().CallState == 2; };
+  m_pages->OwnExtension = [] { return SysParam().MyTelNo; };
+
   PulseCheck_Timer.setObjectName(u"PulseCheck_Timer"_s);
   PulseCheck_Timer.setInterval(15000);
   connect(&PulseCheck_Timer, &QTimer::timeout, this, &TMain_Form::PulseCheck_TimerTimer);

@@ -9,8 +9,10 @@
 #include <QTimer>
 
 #include <functional>
+#include <memory>
 
 class TCallDirectory;
+class TDirectoryPages;
 class TLogin_Form;
 class TUserInfo_Form;
 
@@ -75,7 +77,12 @@ public:
   void TeSpeedButton9Click();  // re-login
   void TeSpeedButton11Click(); // log off
 
+  // The contact pages, the call page and the call lists of this window.
+  TDirectoryPages &Pages() { return *m_pages; }
+
   // --- the operator's own calls (Main_Calls.cpp) ---
+  // The phone book and call log as the call handling uses them; the window's
+  // own pages unless a test puts another in.
   TCallDirectory *CallDirectory = nullptr;
   // The name of a trunk of kind 5 on a line, for the ringing balloon's title;
   // empty for any other line (the device monitor answers it).
@@ -147,9 +154,6 @@ public:
   void savePhones_tefxButtonClick();
   void SetUdpLoggedIn(bool loggedIn);
 
-  // The call log: stores a call of a kind (1 missed) and adds its list row;
-  // returns the row's columns (0 the contact's name, 4 its note) for the balloon.
-  std::function<QStringList(int kind, const QString &number)> AddCallRecord;
 
 signals:
   void captionChanged(const QString &caption);
@@ -177,4 +181,6 @@ private:
 
   TExchangeLink m_link;
   TDisplay m_display;
+  std::unique_ptr<TDirectoryPages> m_pages;
+  std::unique_ptr<TCallDirectory> m_directoryCalls;
 };
