@@ -87,6 +87,7 @@ void LoadConfig(TSysConfig &c) {
   for (int i = 0; i < kTypeVisibleCount; ++i)
     c.TypeVisible[i] = ini.ReadBool(u"ExtsPanel"_s, u"TypeVisible%1"_s.arg(i), true);
   c.LinkURL = ini.ReadString(u"Other"_s, u"LinkURL"_s, QString());
+  c.IMHost = ini.ReadString(u"Other"_s, u"IMHost"_s, QString());
 }
 
 void SaveConfig(TSysConfig &c) {

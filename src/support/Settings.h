@@ -34,6 +34,9 @@ struct TSysConfig {
   QString LinkURL;
   QString RecordIP;
   bool isAGMode = false; // only read, like Debug
+  // The instant-messenger server a contact's link goes to. Set by hand in
+  // [Other] IMHost and only read, like Debug.
+  QString IMHost;
 };
 
 // The process-wide record.

@@ -91,7 +91,8 @@ private slots:
   void saveKeepsWhatItDoesNotOwn() {
     TestHome home;
     home.Write(u"ini/sys.ini"_s, "; front desk PC 2\n[System]\nDebug=1\nisAGMode=1\n"
-                                 "[host]\nIP=10.1.1.9\nFutureKey=x\n[Vendor]\nsomething=else\n");
+                                 "[host]\nIP=10.1.1.9\nFutureKey=x\n[Vendor]\nsomething=else\n"
+                                 "[Other]\nIMHost=im.hotel.local\n");
     TSysConfig c;
     LoadConfig(c);
     QCOMPARE(c.Debug, 1);
@@ -108,6 +109,7 @@ private slots:
     LoadConfig(again);
     QCOMPARE(again.Debug, 1);
     QVERIFY(again.isAGMode);
+    QCOMPARE(again.IMHost, u"im.hotel.local"_s);
   }
 
   // Each field is read back by the key it was written under: a spelling that

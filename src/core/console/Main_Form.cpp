@@ -55,6 +55,7 @@ void TMain_Form::FormCreate() {
   TSysConfig &c = SysConfig();
   LoadConfig(c);
   AppTitle = c.CompanyCaption + u"Trunkdesk ver5.2"_s;
+  m_pages->ImLinkHost = c.IMHost;
   TeSEdit_RecordIP = c.RecordIP;
   SetCaption(AppTitle);
 }
