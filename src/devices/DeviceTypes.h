@@ -15,7 +15,9 @@ inline constexpr TColor clInfoBk = kSystemColour | 24;
 inline constexpr TColor kStatus17Colour = 0xD9D9FF;
 
 inline constexpr int kDeviceCount = 3072;
-inline bool ValidDeviceId(int id) { return id >= 0 && id < kDeviceCount; }
+inline bool ValidDeviceId(int id) {
+  return id >= 0 && id < kDeviceCount;
+}
 
 // Device type codes.
 enum DeviceType : int {
