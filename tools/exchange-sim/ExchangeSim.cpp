@@ -24,6 +24,9 @@ ExchangeSim::ExchangeSim(QObject *parent) : QObject(parent) {
     emit callStateChanged(status);
   });
   connect(&Calls, &SimCall::stateRepeated, this, &ExchangeSim::ReportCall);
+  LiveTimer.setTimerType(Qt::PreciseTimer);
+  connect(&LiveTimer, &QTimer::timeout, this, &ExchangeSim::SendLiveStatus);
+  ClassNames = {u"无限制"_s, u"限声讯台"_s, u"国内长途"_s, u"市话"_s, u"内线"_s};
 }
 
 ExchangeSim::~ExchangeSim() {
@@ -208,8 +211,10 @@ void ExchangeSim::OnReadyRead() {
     emit packetReceived(packet);
     if (packet.TypeCode == SimPackets::Login && !packet.Malformed)
       AnswerLogin(packet);
-    else if (SessionOpen && !packet.Malformed)
+    else if (SessionOpen && !packet.Malformed) {
       ActOnCallPacket(packet);
+      ActOnDevicePacket(packet);
+    }
   }
 }
 
@@ -245,6 +250,7 @@ void ExchangeSim::AnswerLogin(const SimPacket &login) {
   const QString result =
       user != Users.cend() && user->Password == password ? user->Result : kUnknownUser;
   if (result == kAccepted) {
+    SessionTelNo = telNo;
     OpenSession();
   } else {
     // A refused console no longer has a session with us, whatever it had before.
@@ -364,6 +370,21 @@ void ExchangeSim::Perform(const ScriptStep &step) {
     break;
   case ScriptStep::Kind::UserInfo:
     SendUserInfo(step.Caller, step.Name, step.Port, {}, step.Admin, step.Features);
+    break;
+  case ScriptStep::Kind::Status:
+    if (SetDeviceStatus(step.Device, static_cast<quint8>(step.Value)))
+      PushStatus(step.Device);
+    break;
+  case ScriptStep::Kind::MixData:
+    if (SetDeviceMixData(step.Device, static_cast<quint16>(step.Value)))
+      PushStatus(step.Device);
+    break;
+  case ScriptStep::Kind::CallRecord:
+    SendCallRecord(step.Caller, step.Called, step.Codes.value(0), step.Codes.value(1),
+                   step.Codes.value(2));
+    break;
+  case ScriptStep::Kind::Live:
+    StartLiveStatus(step.Rate); // 0 stops it
     break;
   }
 }

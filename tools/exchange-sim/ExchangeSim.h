@@ -3,18 +3,25 @@
 // and lets a test or a script push any packet or byte sequence at the console.
 // One console at a time: a new connection replaces the old one. The logged-in
 // console's own extension carries calls (SimCalls.h): its packets move them,
-// and so do the far-end calls below and the script.
+// and so do the far-end calls below and the script. It also keeps the
+// exchange's devices (SimDevices.h): it answers the console's enumeration,
+// service class, do-not-disturb, voice-mail, wake-up and SMS requests from
+// them and pushes their status over UDP.
 #pragma once
 
 #include "Script.h"
 #include "SimCalls.h"
+#include "SimDevices.h"
+#include "SimEvents.h"
 #include "SimPackets.h"
 
+#include <QElapsedTimer>
 #include <QHash>
 #include <QHostAddress>
 #include <QList>
 #include <QObject>
 #include <QPointer>
+#include <QRandomGenerator>
 #include <QString>
 #include <QTcpServer>
 #include <QTimer>
@@ -90,6 +97,54 @@ public:
   bool IsConnected() const;
   QString PeerAddress() const;
 
+  // The devices. IDs run from 0 to 3071; an Add outside that is refused. The
+  // setters change the exchange's own state and send nothing: PushStatus tells
+  // the console.
+  SimDeviceSet &Devices() { return DeviceSet; }
+  bool AddDevice(int id, qint16 type, const QString &number, quint8 status = 1);
+  int AddDevices(int fromId, int count, qint16 type, const QString &firstNumber);
+  bool SetDeviceStatus(int id, quint8 status);
+  bool SetDeviceMixData(int id, quint16 mixData);
+  std::optional<SimDevice> Device(int id) const;
+  // Answered one by one to SrvClassName, index 0 first.
+  void SetServiceClassNames(const QStringList &names) { ClassNames = names; }
+  QStringList ServiceClassNames() const { return ClassNames; }
+
+  // How the guest-room requests come out. "000000" is success; any other
+  // result refuses every service class change with that code.
+  void SetSrvClassResult(const QString &result) { SrvClassResult = result; }
+  // An unreachable mailbox server answers every clear with 65535.
+  void SetVoiceMailServerReachable(bool reachable) { MailboxReachable = reachable; }
+  enum class GsmOutcome { Sent, Failed, NoModule };
+  // Sent: a channel is granted (3) and the message goes (4). Failed: granted,
+  // then 5. NoModule: 6 to both; a set without GSM modules also answers 6.
+  void SetGsmOutcome(GsmOutcome outcome) { SmsOutcome = outcome; }
+  // The text blocks of the SMS the console handed over, in order.
+  QStringList SmsSent() const { return Sms; }
+  // A change made by a request is pushed as a status event, as the exchange
+  // does; off, only PushStatus and the live stream send.
+  void SetPushOnChange(bool push) { PushOnChange = push; }
+
+  // UDP events, to 127.0.0.1:5009 unless told otherwise.
+  SimEventChannel &Events() { return Udp; }
+  void SetEventTarget(const QHostAddress &address, quint16 port) { Udp.SetTarget(address, port); }
+  // Sends from this address (see SimEvents.h); false if it cannot be bound.
+  bool SetEventSender(const QHostAddress &address) { return Udp.SetSenderAddress(address); }
+  int DatagramsSent() const { return Udp.Sent(); }
+  // The device's current status as a status event; false for an unknown device.
+  bool PushStatus(int id);
+  // A finished call's record; its ID is the device of `extension` when there is one.
+  void SendCallRecord(const QString &extension, const QString &associated, qint16 assType = 0,
+                      qint16 direction = 0, qint16 recordType = 0);
+  // Random devices change to random statuses of their kind, `perSecond` on
+  // average, each change pushed at once. The count follows the clock, so a
+  // busy event loop catches up instead of falling behind.
+  void StartLiveStatus(double perSecond);
+  void StopLiveStatus();
+  bool IsLiveStatusRunning() const { return LiveTimer.isActive(); }
+  int LiveStatusSent() const { return LiveSent; }
+  void SetRandomSeed(quint32 seed) { Random.seed(seed); }
+
   QList<SimPacket> Received() const { return Log; }
   void ClearReceived() { Log.clear(); }
 
@@ -125,6 +180,17 @@ private:
   void Write(const QByteArray &bytes);
   void Perform(const ScriptStep &step);
   void ActOnCallPacket(const SimPacket &packet);
+  void ActOnDevicePacket(const SimPacket &packet);
+  void ReportDeviceFrom(int id);
+  void AnswerSrvClassName(int index);
+  void SetSrvClass(int id, int srvClass);
+  void SetNoDisturb(int id, quint16 command, bool answer);
+  void ClearVoiceMail(int id);
+  void AnswerMoringCall(const SimPacket &packet);
+  void AnswerGsm(const SimPacket &packet);
+  bool ChangeMixData(int id, quint16 keepMask, quint16 bits);
+  void Changed(int id);
+  void SendLiveStatus();
   void ReportCall(const SimCallStatus &status);
 
   QTcpServer Server;
@@ -142,6 +208,24 @@ private:
   bool SessionOpen = false;
   quint16 Session = 0;
   quint16 NextSession = 1;
+
+  QString SessionTelNo;
+
+  SimDeviceSet DeviceSet;
+  QStringList ClassNames;
+  QString SrvClassResult = QStringLiteral("000000");
+  bool MailboxReachable = true;
+  GsmOutcome SmsOutcome = GsmOutcome::Sent;
+  QStringList Sms;
+  bool PushOnChange = true;
+
+  SimEventChannel Udp;
+  QTimer LiveTimer;
+  QElapsedTimer LiveClock;
+  double LiveRate = 0;
+  qint64 LiveDueSent = 0; // sent since the stream started
+  int LiveSent = 0;
+  QRandomGenerator Random{QRandomGenerator::securelySeeded()};
 
   QList<SimPacket> Log;
   ScriptRunner Runner;

@@ -106,6 +106,39 @@ QString ParseStep(const QStringList &tokens, ScriptStep *step) {
       return u"admin is 0 or 1, not \"%1\""_s.arg(args.at(3));
     step->Admin = args.at(3) == u"1"_s;
     step->Features = args.mid(4);
+  } else if (verb == u"status"_s || verb == u"mixdata"_s) {
+    const bool status = verb == u"status"_s;
+    step->Action = status ? ScriptStep::Kind::Status : ScriptStep::Kind::MixData;
+    if (args.size() != 2)
+      return u"%1 takes <device id> <%2>"_s.arg(verb, status ? u"status"_s : u"word"_s);
+    step->Device = args.at(0).toInt(&ok);
+    if (!ok || step->Device < 0)
+      return u"\"%1\" is not a device id"_s.arg(args.at(0));
+    // 0 = the base from the prefix, so the word can be written 0x0245.
+    const uint value = args.at(1).toUInt(&ok, 0);
+    if (!ok || value > (status ? 255u : 65535u))
+      return u"\"%1\" is not a %2"_s.arg(args.at(1), status ? u"status"_s : u"16-bit word"_s);
+    step->Value = static_cast<int>(value);
+  } else if (verb == u"cdr"_s) {
+    step->Action = ScriptStep::Kind::CallRecord;
+    if (args.size() < 2 || args.size() > 5)
+      return u"cdr takes <extension> <number> [<asstype> [<direction> [<rectype>]]]"_s;
+    step->Caller = args.at(0);
+    step->Called = args.at(1);
+    for (const QString &code : args.mid(2)) {
+      step->Codes << code.toShort(&ok);
+      if (!ok)
+        return u"\"%1\" is not a 16-bit code"_s.arg(code);
+    }
+  } else if (verb == u"live"_s) {
+    step->Action = ScriptStep::Kind::Live;
+    if (args.size() != 1)
+      return u"live takes a rate a second or \"off\""_s;
+    if (args.at(0) != u"off"_s) {
+      step->Rate = args.at(0).toDouble(&ok);
+      if (!ok || !(step->Rate > 0))
+        return u"\"%1\" is not a rate a second"_s.arg(args.at(0));
+    }
   } else {
     return u"unknown step \"%1\""_s.arg(verb);
   }

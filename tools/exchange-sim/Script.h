@@ -18,6 +18,12 @@
 //   at 5000 giveup                 a ringing call stops unanswered; a MissedCall follows
 //   at 0    userinfo 8001 前台 5003 1 *72 *73   number, name, port, admin 0|1, feature codes
 //
+// Steps of the exchange's devices, pushed to the console as UDP events:
+//   at 100  status 5 7             device 5 changes to status 7, and says so
+//   at 100  mixdata 5 0x0245       device 5's status word changes, and says so
+//   at 200  cdr 8001 13900001111 [asstype [direction [rectype]]]   a call record
+//   at 0    live 50                random status changes, 50 a second; "live off" stops
+//
 // Times are milliseconds from the start of the script; steps with the same time
 // run in the order of the file.
 #pragma once
@@ -47,6 +53,10 @@ struct ScriptStep {
     HangUp,
     GiveUp,
     UserInfo,
+    Status,
+    MixData,
+    CallRecord,
+    Live,
   };
   Kind Action = Kind::Drop;
   int At = 0;   // ms after the start
@@ -61,6 +71,10 @@ struct ScriptStep {
   quint16 Port = 0;
   bool Admin = false;
   QStringList Features;
+  int Device = 0;
+  int Value = 0;       // the status of Status, the word of MixData
+  double Rate = 0;     // events a second of Live; 0 stops the stream
+  QList<qint16> Codes; // associated type, direction and record type of CallRecord
 };
 
 // Parses a whole script. On any bad line nothing is returned as usable: the

@@ -21,6 +21,9 @@ constexpr int kCallStateState = 12, kCallStateLine = 14, kCallStateCaller = 17,
               kCallStateCalled = 38, kCallStateLogAsDialOut = 59, kCallStateRights = 64;
 constexpr int kMissedCallSize = 54;
 constexpr int kNumberSize = 21;
+constexpr int kMoringCallTime = 18, kMoringCallTimeSize = 20, kMoringCallMode = 38;
+constexpr int kSmsText = 18;
+constexpr quint16 kOwnNoDisturbCode = 149, kResetTrunkCode = 150, kNoDisturbCode = 152;
 constexpr int kUserNumber = 12, kUserName = 33, kUserPort = 74, kUserDescription = 76,
               kUserAdmin = 118, kUserFeatures = 120;
 
@@ -227,6 +230,54 @@ SimPacket Decode(const QByteArray &bytes) {
   case RecordServerQuery:
     p.Fields[u"Sub"_s] = U16(bytes, 12);
     break;
+  case SrvClassSet:
+    p.Fields[u"Sub"_s] = U8(bytes, 12);
+    p.Fields[u"DstID"_s] = U16(bytes, 16);
+    p.Fields[u"SrvClass"_s] = U16(bytes, 18);
+    break;
+  case DeviceControl: {
+    const quint16 code = U16(bytes, 12);
+    p.Fields[u"Sub"_s] = U8(bytes, 12);
+    p.Fields[u"Code"_s] = code;
+    if (code == kOwnNoDisturbCode) {
+      p.Fields[u"Command"_s] = U16(bytes, 16);
+    } else if (code == kResetTrunkCode) {
+      p.Fields[u"DstID"_s] = U16(bytes, 16);
+    } else if (code == kNoDisturbCode) {
+      p.Fields[u"DstID"_s] = U16(bytes, 16);
+      p.Fields[u"Command"_s] = U16(bytes, 18);
+    }
+    break;
+  }
+  case GsmModule: {
+    const int sub = U8(bytes, 12);
+    p.Fields[u"Sub"_s] = sub;
+    if (sub == 2) {
+      const int textLen = U16(bytes, 16);
+      p.Fields[u"Channel"_s] = U16(bytes, 14);
+      p.Fields[u"TextLen"_s] = textLen;
+      p.Fields[u"Text"_s] = ReadText(bytes, kSmsText, textLen);
+    }
+    break;
+  }
+  case ExtensionQuery:
+    p.Fields[u"Sub"_s] = U8(bytes, 12);
+    p.Fields[u"NextID"_s] = U16(bytes, 16);
+    break;
+  case MoringCall:
+    p.Fields[u"Sub"_s] = U8(bytes, 12);
+    p.Fields[u"DstID"_s] = U16(bytes, 16);
+    p.Fields[u"CallTime"_s] = ReadText(bytes, kMoringCallTime, kMoringCallTimeSize);
+    p.Fields[u"Mode"_s] = U8(bytes, kMoringCallMode);
+    break;
+  case SrvClassName:
+    p.Fields[u"Sub"_s] = U8(bytes, 12);
+    p.Fields[u"Index"_s] = U16(bytes, 16);
+    break;
+  case VoiceMailClear:
+    p.Fields[u"Sub"_s] = U8(bytes, 12);
+    p.Fields[u"DstID"_s] = U16(bytes, 16);
+    break;
   default:
     if (bytes.size() > kHeaderSize)
       p.Fields[u"Sub"_s] = U8(bytes, 12);
@@ -277,11 +328,15 @@ QString Describe(const SimPacket &packet) {
     return u"malformed, %1 bytes: %2"_s.arg(packet.Bytes.size()).arg(HexOf(packet.Bytes, 32));
   QString line = u"%1 id=%2 len=%3"_s.arg(TypeName(packet.TypeCode)).arg(packet.ID).arg(packet.Len);
   // Fields in the order they stand in their records.
-  static const QStringList order{u"TelNo"_s,  u"Password"_s, u"Version"_s, u"Count"_s,
-                                 u"Digits"_s, u"Code"_s,     u"Sub"_s};
+  static const QStringList order{
+      u"TelNo"_s,    u"Password"_s, u"Version"_s, u"Count"_s,   u"Digits"_s,   u"Code"_s,
+      u"Sub"_s,      u"NextID"_s,   u"Index"_s,   u"DstID"_s,   u"SrvClass"_s, u"Command"_s,
+      u"CallTime"_s, u"Mode"_s,     u"Channel"_s, u"TextLen"_s, u"Text"_s};
   for (const QString &key : order) {
     if (packet.Fields.contains(key))
-      line += u" %1=%2"_s.arg(key, packet.Fields.value(key).toString());
+      line += u" %1=%2"_s.arg(
+          key,
+          packet.Fields.value(key).toString().replace(u'\n', u"\\n"_s).replace(u'\r', u"\\r"_s));
   }
   const bool onlySub =
       packet.Fields.isEmpty() || (packet.Fields.size() == 1 && packet.Fields.contains(u"Sub"_s));

@@ -60,6 +60,110 @@ void QuitOnSignals(QCoreApplication &app) {
 void QuitOnSignals(QCoreApplication &) {}
 #endif
 
+// A count of devices to add, or -1 after complaining.
+int CountOf(const QCommandLineParser &parser, const QString &option) {
+  if (!parser.isSet(option))
+    return 0;
+  bool ok = false;
+  const int n = parser.value(option).toInt(&ok);
+  if (!ok || n < 0 || n > SimDeviceSet::kMaxDevices) {
+    Complain(u"--%1 wants a count from 0 to %2"_s.arg(option).arg(SimDeviceSet::kMaxDevices));
+    return -1;
+  }
+  return n;
+}
+
+// Devices, class names, the event channel and the GSM answers, from the
+// command line. Without any device option the exchange has a small office:
+// sixteen extensions from 8001, two trunks and a GSM module.
+bool SetUpDevices(const QCommandLineParser &parser, ExchangeSim &sim) {
+  if (parser.isSet(u"devices"_s)) {
+    QFile file(parser.value(u"devices"_s));
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+      Complain(u"cannot read %1: %2"_s.arg(file.fileName(), file.errorString()));
+      return false;
+    }
+    QString error;
+    if (!ParseDeviceList(QString::fromUtf8(file.readAll()), &sim.Devices(), &error)) {
+      Complain(error);
+      return false;
+    }
+  }
+  for (const QString &range : parser.values(u"extensions"_s)) {
+    const QStringList ends = range.split(u'-');
+    bool okFirst = false, okLast = false;
+    const qlonglong first = ends.value(0).toLongLong(&okFirst);
+    const qlonglong last = ends.value(1).toLongLong(&okLast);
+    if (ends.size() != 2 || !okFirst || !okLast || last < first) {
+      Complain(u"--extensions wants FIRST-LAST, as 8001-8100, not \"%1\""_s.arg(range));
+      return false;
+    }
+    sim.AddDevices(
+        sim.Devices().NextFreeId(),
+        static_cast<int>(std::min<qlonglong>(last - first + 1, SimDeviceSet::kMaxDevices)),
+        SimDeviceTypes::AnalogueExtension, ends.at(0));
+  }
+  const struct {
+    QString Option;
+    qint16 Type;
+    QString FirstNumber;
+  } kinds[] = {{u"trunks"_s, SimDeviceTypes::AnalogueTrunk, u"701"_s},
+               {u"gsm"_s, SimDeviceTypes::GsmModule, u"13800000001"_s},
+               {u"ivr"_s, SimDeviceTypes::Ivr, u"600"_s}};
+  bool anyDevice = parser.isSet(u"devices"_s) || parser.isSet(u"extensions"_s);
+  for (const auto &kind : kinds) {
+    const int n = CountOf(parser, kind.Option);
+    if (n < 0)
+      return false;
+    sim.AddDevices(sim.Devices().NextFreeId(), n, kind.Type, kind.FirstNumber);
+    anyDevice = anyDevice || parser.isSet(kind.Option);
+  }
+  if (!anyDevice) {
+    sim.AddDevices(0, 16, SimDeviceTypes::AnalogueExtension, u"8001"_s);
+    sim.AddDevices(16, 2, SimDeviceTypes::AnalogueTrunk, u"701"_s);
+    sim.AddDevices(18, 1, SimDeviceTypes::GsmModule, u"13800000001"_s);
+  }
+  if (parser.isSet(u"classes"_s))
+    sim.SetServiceClassNames(parser.value(u"classes"_s).split(u','));
+
+  const QHostAddress udpHost(parser.value(u"udp-host"_s));
+  bool ok = false;
+  const uint udpPort = parser.value(u"udp-port"_s).toUInt(&ok);
+  if (udpHost.isNull() || !ok || udpPort == 0 || udpPort > 65535) {
+    Complain(u"--udp-host wants an IP address and --udp-port a number from 1 to 65535"_s);
+    return false;
+  }
+  sim.SetEventTarget(udpHost, static_cast<quint16>(udpPort));
+  if (parser.isSet(u"udp-from"_s)) {
+    const QHostAddress from(parser.value(u"udp-from"_s));
+    if (from.isNull() || !sim.SetEventSender(from)) {
+      Complain(u"cannot send events from \"%1\": %2"_s.arg(parser.value(u"udp-from"_s),
+                                                           sim.Events().LastError()));
+      return false;
+    }
+  }
+  if (parser.isSet(u"live"_s)) {
+    const double rate = parser.value(u"live"_s).toDouble(&ok);
+    if (!ok || !(rate > 0)) {
+      Complain(u"--live wants a rate a second above 0"_s);
+      return false;
+    }
+    sim.StartLiveStatus(rate);
+  }
+  const QString gsm = parser.value(u"gsm-answer"_s);
+  if (gsm == u"sent"_s) {
+    sim.SetGsmOutcome(ExchangeSim::GsmOutcome::Sent);
+  } else if (gsm == u"failed"_s) {
+    sim.SetGsmOutcome(ExchangeSim::GsmOutcome::Failed);
+  } else if (gsm == u"none"_s) {
+    sim.SetGsmOutcome(ExchangeSim::GsmOutcome::NoModule);
+  } else {
+    Complain(u"--gsm-answer is sent, failed or none, not \"%1\""_s.arg(gsm));
+    return false;
+  }
+  return true;
+}
+
 } // namespace
 
 int main(int argc, char *argv[]) {
@@ -96,8 +200,41 @@ int main(int argc, char *argv[]) {
       u"Milliseconds a dialled party rings before it answers; 0 at once, negative "
       "never, so only a script's answer step does (default 2000)."_s,
       u"MS"_s, u"2000"_s);
+  const QCommandLineOption devicesOption(
+      u"devices"_s,
+      u"Read devices from FILE, a line each: \"id[-last] type number [status [name]]\"."_s,
+      u"FILE"_s);
+  const QCommandLineOption extensionsOption(
+      u"extensions"_s, u"Analogue extensions numbered FIRST to LAST, after the devices so far."_s,
+      u"FIRST-LAST"_s);
+  const QCommandLineOption trunksOption(
+      u"trunks"_s, u"N analogue trunks numbered from 701, after the devices so far."_s, u"N"_s);
+  const QCommandLineOption gsmOption(
+      u"gsm"_s, u"N GSM modules numbered from 13800000001, after the devices so far."_s, u"N"_s);
+  const QCommandLineOption ivrOption(
+      u"ivr"_s, u"N IVR ports numbered from 600, after the devices so far."_s, u"N"_s);
+  const QCommandLineOption classesOption(
+      u"classes"_s, u"Service class names, separated by commas, index 0 first."_s, u"NAMES"_s);
+  const QCommandLineOption udpHostOption(
+      u"udp-host"_s, u"Where the console listens for events (default 127.0.0.1)."_s, u"ADDR"_s,
+      u"127.0.0.1"_s);
+  const QCommandLineOption udpPortOption(
+      u"udp-port"_s, u"The console's event port (default 5009)."_s, u"N"_s, u"5009"_s);
+  const QCommandLineOption udpFromOption(
+      u"udp-from"_s,
+      u"Send events from this local address, e.g. 127.0.0.2, which a console "
+      "expecting 127.0.0.1 must drop."_s,
+      u"ADDR"_s);
+  const QCommandLineOption liveOption(
+      u"live"_s, u"Random status changes of random devices, RATE a second, from the start."_s,
+      u"RATE"_s);
+  const QCommandLineOption gsmAnswerOption(
+      u"gsm-answer"_s, u"How an SMS ends: sent (default), failed, or none (no module is free)."_s,
+      u"sent|failed|none"_s, u"sent"_s);
   parser.addOptions({portOption, listenOption, userOption, pulseOption, scriptOption,
-                     dialCompleteOption, answerAfterOption});
+                     dialCompleteOption, answerAfterOption, devicesOption, extensionsOption,
+                     trunksOption, gsmOption, ivrOption, classesOption, udpHostOption,
+                     udpPortOption, udpFromOption, liveOption, gsmAnswerOption});
   parser.process(app);
 
   bool ok = false;
@@ -143,6 +280,9 @@ int main(int argc, char *argv[]) {
     }
     sim.AddUser(parts.at(0), parts.at(1), parts.value(2, u"1000"_s));
   }
+
+  if (!SetUpDevices(parser, sim))
+    return 2;
 
   // The script is checked now, so a bad file stops the program before it listens,
   // and it plays from the start of every session: a scripted call means
@@ -201,6 +341,13 @@ int main(int argc, char *argv[]) {
   Say(u"listening on %1:%2, users %3"_s.arg(address.toString())
           .arg(sim.Port())
           .arg(users.join(u", "_s)));
+  Say(u"%1 devices, %2 service classes; events to %3:%4%5"_s.arg(sim.Devices().Count())
+          .arg(sim.ServiceClassNames().size())
+          .arg(sim.Events().TargetAddress().toString())
+          .arg(sim.Events().TargetPort())
+          .arg(sim.Events().SenderAddress().isNull()
+                   ? QString()
+                   : u" from "_s + sim.Events().SenderAddress().toString()));
 
   QuitOnSignals(app);
   const int code = app.exec();
