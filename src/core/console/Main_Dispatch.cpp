@@ -6,6 +6,7 @@
 #include "core/console/UserInfo_Form.h"
 #include "core/link/Public_Unit.h"
 #include "core/link/SysParam.h"
+#include "devices/DeviceEvents.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
 #include "support/Shell.h"
@@ -43,12 +44,25 @@ void TMain_Form::processPacketFromSocket(const char *packet, int length) {
   case PacketType::MissedCall:
     processPacketFromSocket_MissedCall(work);
     break;
+  // The device table's answers, and no state copy after them.
   case PacketType::SrvClassSet:
+    m_deviceEvents->processPacketFromSocket_SrvClass(work);
+    copyState = false;
+    break;
   case PacketType::DeviceControl:
+    m_deviceEvents->processPacketFromSocket_Other(work);
+    copyState = false;
+    break;
   case PacketType::ExtensionQuery:
+    m_deviceEvents->processPacketFromSocket_OtherTIS(work);
+    copyState = false;
+    break;
   case PacketType::MoringCall:
+    m_deviceEvents->processPacketFromSocket_MoringCall(work);
+    copyState = false;
+    break;
   case PacketType::SrvClassName:
-    // Device table answers: handled by the device monitor, and no copy after them.
+    m_deviceEvents->processPacketFromSocket_SrvClassName(work);
     copyState = false;
     break;
   case PacketType::GsmModule:
@@ -58,7 +72,7 @@ void TMain_Form::processPacketFromSocket(const char *packet, int length) {
     processPacketFromSocket_RecordServer(work);
     break;
   case PacketType::VoiceMailClear:
-    // The voice-mail answer is read and never acted on.
+    m_deviceEvents->processPacketFromSocket_VoiceMail(work); // never acts
     break;
   default:
     break;

@@ -3,6 +3,9 @@
 
 #include "core/console/DirectoryCalls.h"
 #include "core/console/Login_Form.h"
+#include "devices/CallControlDev.h"
+#include "devices/DeviceEvents.h"
+#include "devices/PhoneBoard.h"
 #include "directory/DirectoryPages.h"
 #include "core/link/SysParam.h"
 #include "support/LanguagePack.h"
@@ -14,7 +17,15 @@ using namespace Qt::StringLiterals;
 
 TMain_Form::TMain_Form(QObject *parent)
     : TFormLogic("TMain_Form", parent), m_pages(std::make_unique<TDirectoryPages>()),
-      m_directoryCalls(std::make_unique<TDirectoryCalls>(*m_pages)) {
+      m_directoryCalls(std::make_unique<TDirectoryCalls>(*m_pages)),
+      m_devices(std::make_unique<TCallControlDev>()), m_netModule(std::make_unique<TNetModule>()),
+      m_deviceEvents(std::make_unique<TDeviceEvents>(*m_devices, *m_netModule)),
+      m_board(std::make_unique<TPhoneBoard>(*m_devices, *m_netModule)) {
+  // A ringing call on an analogue trunk is titled with the trunk's name.
+  AnalogTrunkName = [this](int line) {
+    const TPhoneTis *p = m_devices->Device(line);
+    return p && p->InList && p->DevType == AnalogTrunk ? p->Panel.NameLabel : QString();
+  };
   CallDirectory = m_directoryCalls.get();
   m_pages->DialNumber = [this](const QString &number) { DialNumber(number); };
   m_pages->CallStillRinging = [] { return SysParam().CallState == 2; };

@@ -11,8 +11,12 @@
 #include <functional>
 #include <memory>
 
+class TCallControlDev;
 class TCallDirectory;
+class TDeviceEvents;
 class TDirectoryPages;
+class TNetModule;
+class TPhoneBoard;
 class TLogin_Form;
 class TUserInfo_Form;
 
@@ -79,6 +83,11 @@ public:
 
   // The contact pages, the call page and the call lists of this window.
   TDirectoryPages &Pages() { return *m_pages; }
+  // The device table, its requests, its events and the board of panels.
+  TCallControlDev &CallControlDev() { return *m_devices; }
+  TNetModule &NetModule() { return *m_netModule; }
+  TDeviceEvents &DeviceEvents() { return *m_deviceEvents; }
+  TPhoneBoard &Board() { return *m_board; }
 
   // --- the operator's own calls (Main_Calls.cpp) ---
   // The phone book and call log as the call handling uses them; the window's
@@ -183,4 +192,8 @@ private:
   TDisplay m_display;
   std::unique_ptr<TDirectoryPages> m_pages;
   std::unique_ptr<TCallDirectory> m_directoryCalls;
+  std::unique_ptr<TCallControlDev> m_devices;
+  std::unique_ptr<TNetModule> m_netModule;
+  std::unique_ptr<TDeviceEvents> m_deviceEvents;
+  std::unique_ptr<TPhoneBoard> m_board;
 };
