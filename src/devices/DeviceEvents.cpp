@@ -16,7 +16,9 @@ namespace {
 const QString kTrunkGlyph = u"Template_TrunkSpeedButton"_s;
 const QString kTrunkErrorPicture = u"image/lstrunk_error.bmp"_s;
 
-QString NameOrDots(const QString &name) { return name.isEmpty() ? u"..."_s : name; }
+QString NameOrDots(const QString &name) {
+  return name.isEmpty() ? u"..."_s : name;
+}
 
 // Which visibility flag lets a trunk branch take a device type.
 bool TrunkBranch(int devType) {
@@ -26,8 +28,10 @@ bool TrunkBranch(int devType) {
   case SipTrunk:
   case Ss1Trunk:
   case GsmModuleTrunk:
-  case IvrPort: return DeviceTypeVisible(devType);
-  default: return false;
+  case IvrPort:
+    return DeviceTypeVisible(devType);
+  default:
+    return false;
   }
 }
 
@@ -109,9 +113,9 @@ void TDeviceEvents::processPacketFromSocket_OtherTIS(const char *w) {
   }
 
   TPhoneTis &p = *m_table.Device(id);
-  const bool extension = (devType == AnalogExtension || devType == DigitalExtension ||
-                          devType == OtherExtension) &&
-                         DeviceTypeVisible(devType);
+  const bool extension =
+      (devType == AnalogExtension || devType == DigitalExtension || devType == OtherExtension) &&
+      DeviceTypeVisible(devType);
   if (extension) {
     m_table.AddPanel(id);
     if (!p.HasPanel) {
@@ -181,13 +185,14 @@ void TDeviceEvents::ShowModule(int id, qint16 signal, quint16 flags, quint16 sta
     return;
   const int level = qBound(0, (signal + 1) / 5, 5);
   p->Panel.SignalIcon = u"SpeedButton_Signal%1"_s.arg(level);
-  static const char16_t *const kNetIcons[] = {u"SpeedButton_NetType_GSM", u"SpeedButton_NetType_CDMA",
-                                              u"SpeedButton_NetType_TDMA",
-                                              u"SpeedButton_NetType_WCDMA"};
+  static const char16_t *const kNetIcons[] = {
+      u"SpeedButton_NetType_GSM", u"SpeedButton_NetType_CDMA", u"SpeedButton_NetType_TDMA",
+      u"SpeedButton_NetType_WCDMA"};
   static const char16_t *const kNetNames[] = {u"GSM", u"CDMA", u"TDMA", u"WCDMA"};
   const int net = (state >> 4) & 0x0F;
   const bool knownNet = net >= 1 && net <= 4;
-  p->Panel.NetTypeIcon = knownNet ? QString::fromUtf16(kNetIcons[net - 1]) : u"SpeedButton_Unknown"_s;
+  p->Panel.NetTypeIcon =
+      knownNet ? QString::fromUtf16(kNetIcons[net - 1]) : u"SpeedButton_Unknown"_s;
   const int sim = flags & 1;
   p->Panel.SimIcon = sim ? u"SpeedButton_SimCard"_s : u"SpeedButton_NoSimCard"_s;
   // Without a known lock state the icon goes, and the state counts as unlocked.
@@ -200,13 +205,14 @@ void TDeviceEvents::ShowModule(int id, qint16 signal, quint16 flags, quint16 sta
   }
   p->Panel.ModuleIconsVisible = true;
   p->ModuleType = moduleType;
-  p->Panel.Hint = QStringList{
-      u"ID      :%1"_s.arg(id),
-      u"信号强度:%1"_s.arg(signal),
-      u"网络类型:%1"_s.arg(knownNet ? QString::fromUtf16(kNetNames[net - 1]) : u"?"_s),
-      u"SIM卡   :%1"_s.arg(sim ? u"正常"_s : u"错误"_s),
-      u"锁PIN码 :%1"_s.arg(lock ? u"未锁"_s : u"已锁卡"_s),
-      u"模块类型:%1"_s.arg(moduleType)}.join(u'\n');
+  p->Panel.Hint =
+      QStringList{u"ID      :%1"_s.arg(id),
+                  u"信号强度:%1"_s.arg(signal),
+                  u"网络类型:%1"_s.arg(knownNet ? QString::fromUtf16(kNetNames[net - 1]) : u"?"_s),
+                  u"SIM卡   :%1"_s.arg(sim ? u"正常"_s : u"错误"_s),
+                  u"锁PIN码 :%1"_s.arg(lock ? u"未锁"_s : u"已锁卡"_s),
+                  u"模块类型:%1"_s.arg(moduleType)}
+          .join(u'\n');
 }
 
 void TDeviceEvents::refreshMixShow(int id, quint16 mixData) {
@@ -217,7 +223,8 @@ void TDeviceEvents::refreshMixShow(int id, quint16 mixData) {
     return;
   const int mode = NoDisturbModeOf(mixData);
   if (LogEnabled())
-    WriteLog(u"刷新小图标:myNoDisturbMode:%1 vMixData:%2! "_s.arg(mode).arg(QString::number(mixData, 16)));
+    WriteLog(u"刷新小图标:myNoDisturbMode:%1 vMixData:%2! "_s.arg(mode).arg(
+        QString::number(mixData, 16)));
   static const char16_t *const kOn[] = {u"LoginOn_SpeedButton", u"LoginOnNodisturb_SpeedButton",
                                         u"LoginOnNodisturb_In_SpeedButton",
                                         u"LoginOnNodisturb_Out_SpeedButton"};
@@ -331,7 +338,8 @@ void TDeviceEvents::processPacketFromSocket_MoringCall(const char *w) {
     if (!text.isEmpty())
       m_net.CallTime = text;
     emit moringCallAnswered(text, mode);
-  } else if ((sub == 1 || sub == 3 || sub == 4) && MoringCallBatchRunning && MoringCallBatchRunning()) {
+  } else if ((sub == 1 || sub == 3 || sub == 4) && MoringCallBatchRunning &&
+             MoringCallBatchRunning()) {
     if (StepMoringCallBatch)
       StepMoringCallBatch(m_net.LastCommand);
   }

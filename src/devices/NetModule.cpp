@@ -33,22 +33,37 @@ void TNetModule::Send(int code) {
 
 int NoDisturbModeOf(quint16 mixData) {
   switch (mixData & 0x0604) {
-  case 0x0004: return 1;
-  case 0x0200: return 2;
-  case 0x0400: return 3;
-  default: return 0; // none, or a combination that means nothing
+  case 0x0004:
+    return 1;
+  case 0x0200:
+    return 2;
+  case 0x0400:
+    return 3;
+  default:
+    return 0; // none, or a combination that means nothing
   }
 }
 
-int VoiceMailOf(quint16 mixData) { return (mixData & 0x0040) ? 1 : 0; }
-int MoringCallDelayFlagOf(quint16 mixData) { return (mixData & 0x0080) ? 1 : 0; }
-int MoringCallAnswerFlagOf(quint16 mixData) { return (mixData & 0x0100) ? 1 : 0; }
-bool LoggedOnOf(quint16 mixData) { return (mixData & 0x0001) != 0; }
+int VoiceMailOf(quint16 mixData) {
+  return (mixData & 0x0040) ? 1 : 0;
+}
+int MoringCallDelayFlagOf(quint16 mixData) {
+  return (mixData & 0x0080) ? 1 : 0;
+}
+int MoringCallAnswerFlagOf(quint16 mixData) {
+  return (mixData & 0x0100) ? 1 : 0;
+}
+bool LoggedOnOf(quint16 mixData) {
+  return (mixData & 0x0001) != 0;
+}
 
 int MixData2MoringCallMode(quint16 mixData) {
   switch (mixData & 0x1800) {
-  case 0x0800: return 2;
-  case 0x1000: return 3;
-  default: return 1; // 0, and both bits together, are the plain mode
+  case 0x0800:
+    return 2;
+  case 0x1000:
+    return 3;
+  default:
+    return 1; // 0, and both bits together, are the plain mode
   }
 }

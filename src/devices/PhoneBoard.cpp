@@ -15,9 +15,9 @@
 using namespace Qt::StringLiterals;
 
 const TPhoneBoard::TLegendColour TPhoneBoard::kLegendColours[9] = {
-    {u"Color_IDLE", 1},   {u"Color_Connect", 7}, {u"Color_CalledRing", 2},
-    {u"Color_BackCallRing", 3}, {u"Color_Dial", 4},  {u"Color_Oncall", 5},
-    {u"Color_Hurryup", 6}, {u"Color_OutService", 0}, {u"Color_Other", 8}};
+    {u"Color_IDLE", 1},         {u"Color_Connect", 7},    {u"Color_CalledRing", 2},
+    {u"Color_BackCallRing", 3}, {u"Color_Dial", 4},       {u"Color_Oncall", 5},
+    {u"Color_Hurryup", 6},      {u"Color_OutService", 0}, {u"Color_Other", 8}};
 
 namespace {
 QByteArray ToGb2312(const QString &text) {
@@ -37,7 +37,9 @@ QString DecodeLayout(const QByteArray &bytes) {
 TPhoneBoard::TPhoneBoard(TCallControlDev &table, TNetModule &net, QObject *parent)
     : QObject(parent), m_table(table), m_net(net) {}
 
-QString TPhoneBoard::LayoutFileName() { return AppFile(u"ini/PhonePanels.xml"_s); }
+QString TPhoneBoard::LayoutFileName() {
+  return AppFile(u"ini/PhonePanels.xml"_s);
+}
 
 void TPhoneBoard::RefreshPhones_tefxButtonClick() {
   emit filterCancelRequested();
@@ -51,7 +53,8 @@ void TPhoneBoard::RefreshPhones_tefxButtonClick() {
 void TPhoneBoard::savePhones_tefxButtonClick() {
   if (!m_table.LayoutLoaded)
     return;
-  QString xml = u"<?xml version=\"1.0\" encoding=\"GB2312\"?>\r\n<PhonePanels>\r\n<PhonePanelsGrp1"_s;
+  QString xml =
+      u"<?xml version=\"1.0\" encoding=\"GB2312\"?>\r\n<PhonePanels>\r\n<PhonePanelsGrp1"_s;
   for (const TLegendColour &c : kLegendColours)
     xml += u" %1=\"%2\""_s.arg(QString::fromUtf16(c.Attribute)).arg(m_table.Colours[size_t(c.Tag)]);
   xml += u">\r\n"_s;

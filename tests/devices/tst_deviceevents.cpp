@@ -17,7 +17,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 QList<QByteArray> g_sent;
-void Capture(void *, const char *bytes, int length) { g_sent.append(QByteArray(bytes, length)); }
+void Capture(void *, const char *bytes, int length) {
+  g_sent.append(QByteArray(bytes, length));
+}
 
 struct Report {
   int Id;
@@ -90,7 +92,9 @@ struct Monitor {
     SetPacketOutlet(&Capture, nullptr);
   }
   ~Monitor() { SetPacketOutlet(nullptr, nullptr); }
-  void Feed(const Report &r) { events.processPacketFromSocket_OtherTIS(ReportPacket(r).constData()); }
+  void Feed(const Report &r) {
+    events.processPacketFromSocket_OtherTIS(ReportPacket(r).constData());
+  }
   // The last request: "type:u16 at 16".
   QString LastRequest() const {
     if (g_sent.isEmpty())
@@ -172,7 +176,16 @@ private slots:
     QFETCH(QString, icon);
     Monitor m;
     // Idle module: SIM in, lock state unknown, WCDMA, line state 9.
-    m.Feed({60, 12, 0, "3", {}, 0, 0, qint16(signal), 0x0001, quint16((9 << 8) | (4 << 4)),
+    m.Feed({60,
+            12,
+            0,
+            "3",
+            {},
+            0,
+            0,
+            qint16(signal),
+            0x0001,
+            quint16((9 << 8) | (4 << 4)),
             QByteArray("M35ABCDEFGHIJ")});
     const TPhoneTis &p = m.table.Record(60);
     QCOMPARE(p.Panel.SignalIcon, icon);
@@ -182,9 +195,9 @@ private slots:
     QVERIFY(!p.Panel.TelNosVisible);
     QCOMPARE(p.Panel.NetTypeIcon, u"SpeedButton_NetType_WCDMA"_s);
     QCOMPARE(p.Panel.SimIcon, u"SpeedButton_SimCard"_s);
-    QVERIFY(p.Panel.PinLockIcon.isEmpty()); // unknown: no icon ...
+    QVERIFY(p.Panel.PinLockIcon.isEmpty());             // unknown: no icon ...
     QVERIFY(p.Panel.Hint.contains(u"锁PIN码 :未锁"_s)); // ... and counted unlocked
-    QCOMPARE(p.ModuleType, u"M35ABCDEFG"_s); // a full ten-byte field ends at its end
+    QCOMPARE(p.ModuleType, u"M35ABCDEFG"_s);            // a full ten-byte field ends at its end
     QVERIFY(p.Panel.Hint.endsWith(u"模块类型:M35ABCDEFG"_s));
   }
 
@@ -260,7 +273,8 @@ private slots:
     QTest::addColumn<QString>("text");
     QTest::addColumn<QDateTime>("when");
     QTest::newRow("plain") << u"202611220630"_s << QDateTime(QDate(2026, 11, 22), QTime(6, 30));
-    QTest::newRow("blanks") << u" 2026 1122 0630 "_s << QDateTime(QDate(2026, 11, 22), QTime(6, 30));
+    QTest::newRow("blanks") << u" 2026 1122 0630 "_s
+                            << QDateTime(QDate(2026, 11, 22), QTime(6, 30));
     QTest::newRow("empty") << QString() << QDateTime();
     QTest::newRow("garbage") << u"tomorrow 7am"_s << QDateTime();
   }

@@ -9,7 +9,9 @@ void TDirectoryCalls::AddIncoming(const QString &number) {
   m_pages.InsertCallItem(u"Phone1"_s, number, -1, m_pages.Incomings_LMDListBox);
 }
 
-void TDirectoryCalls::RemoveIncoming(const QString &number) { m_pages.RemoveIncomingItem(number); }
+void TDirectoryCalls::RemoveIncoming(const QString &number) {
+  m_pages.RemoveIncomingItem(number);
+}
 
 QStringList TDirectoryCalls::LookUp(const QString &number) {
   m_pages.ShowCallerInfo(u"Phone1"_s, number);
@@ -21,13 +23,17 @@ QStringList TDirectoryCalls::LookUp(const QString &number) {
   return {row.Name, row.Number, row.Telephone, row.Mobile, row.Company};
 }
 
-bool TDirectoryCalls::ContactSelected() const { return m_pages.CurrentConID != -1; }
+bool TDirectoryCalls::ContactSelected() const {
+  return m_pages.CurrentConID != -1;
+}
 
 void TDirectoryCalls::RestoreAndShowContact(const QString &number, bool) {
   m_pages.ShowIncomingDirect(number);
 }
 
-void TDirectoryCalls::ShowPopMsg(const QString &number) { m_pages.ShowPopMsg(number); }
+void TDirectoryCalls::ShowPopMsg(const QString &number) {
+  m_pages.ShowPopMsg(number);
+}
 
 void TDirectoryCalls::ExternalCall() {
   // The external program gets the call as copied for it.

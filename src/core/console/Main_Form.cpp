@@ -3,11 +3,11 @@
 
 #include "core/console/DirectoryCalls.h"
 #include "core/console/Login_Form.h"
+#include "core/link/SysParam.h"
 #include "devices/CallControlDev.h"
 #include "devices/DeviceEvents.h"
 #include "devices/PhoneBoard.h"
 #include "directory/DirectoryPages.h"
-#include "core/link/SysParam.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
 #include "support/Settings.h"

@@ -163,7 +163,6 @@ public:
   void savePhones_tefxButtonClick();
   void SetUdpLoggedIn(bool loggedIn);
 
-
 signals:
   void captionChanged(const QString &caption);
   void frontChanged();
