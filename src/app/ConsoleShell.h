@@ -12,6 +12,7 @@ public:
   bool Question(const QString &text) override;
   QString ChooseOpenFile(const QString &filter, const QString &startPath) override;
   void Open(const QString &target, const QString &parameters) override;
+  void HintAt(const QString &title, const QString &text, int ms, int x, int y) override;
   void RingStart() override;
   void RingStop() override;
 };

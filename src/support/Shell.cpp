@@ -19,6 +19,9 @@ public:
   void Open(const QString &target, const QString &parameters) override {
     WriteLog(u"Open: "_s + target + u' ' + parameters);
   }
+  void HintAt(const QString &title, const QString &text, int, int, int) override {
+    WriteLog(title + u": "_s + text);
+  }
   void RingStart() override {}
   void RingStop() override {}
 };

@@ -26,6 +26,8 @@ public:
   // The desktop's "open" of a URL (mailto:, http://, ...) or a program with
   // parameters. Nothing here waits for it.
   virtual void Open(const QString &target, const QString &parameters) = 0;
+  // A hint window at a point of the screen, gone after `ms`.
+  virtual void HintAt(const QString &title, const QString &text, int ms, int x, int y) = 0;
   // The ring of an incoming call: one sound, started and stopped.
   virtual void RingStart() = 0;
   virtual void RingStop() = 0;

@@ -40,12 +40,23 @@ public:
     Opened.append(target + (parameters.isEmpty() ? QString() : u' ' + parameters));
   }
 
+  void HintAt(const QString &title, const QString &text, int ms, int x, int y) override {
+    Hints.append({title, text, ms, x, y});
+  }
   void RingStart() override {
     Ringing = true;
     ++RingStarts;
   }
   void RingStop() override { Ringing = false; }
 
+  struct HintShown {
+    QString Title;
+    QString Text;
+    int Ms;
+    int X;
+    int Y;
+  };
+  QList<HintShown> Hints;
   QList<Shown> Messages;
   bool Ringing = false;
   int RingStarts = 0;

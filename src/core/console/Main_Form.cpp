@@ -21,6 +21,7 @@ TMain_Form::TMain_Form(QObject *parent)
       m_devices(std::make_unique<TCallControlDev>()), m_netModule(std::make_unique<TNetModule>()),
       m_deviceEvents(std::make_unique<TDeviceEvents>(*m_devices, *m_netModule)),
       m_board(std::make_unique<TPhoneBoard>(*m_devices, *m_netModule)) {
+  connect(m_deviceEvents.get(), &TDeviceEvents::deviceNotice, this, &TMain_Form::DeviceNotice);
   // A ringing call on an analogue trunk is titled with the trunk's name.
   AnalogTrunkName = [this](int line) {
     const TPhoneTis *p = m_devices->Device(line);

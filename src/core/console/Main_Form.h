@@ -153,6 +153,47 @@ public:
   void incTime_TimerTimer();
   void showTime_TimerTimer();
 
+  // --- panel actions (Main_Panels.cpp) ---
+  // The panel popup menu as it stands after its last opening.
+  struct TPanelMenu {
+    QString test1_Caption;
+    bool test1_Visible = true;
+    bool N15_Visible = true; // transfer
+    bool N2_Visible = true;  // wake-up settings
+    bool PopMenu_ResetTrunk_Visible = false;
+  };
+  TPanelMenu PhonePanel_PopupMenu;
+  int MenuDeviceID = -1;    // the device whose panel the menu opened over
+  int CurrentDeviceID = -1; // the device whose service class dialog opened last
+  void PhonePanel_PopupMenuPopup(int id);
+  void test1Click();
+  void N15Click();
+  void PopMenu_ResetTrunkClick();
+  void Template_PhoneSpeedButtonClick(int id);
+  void tefxSpeedButton2Click();
+  void tefxButton5Click(); // do-not-disturb on
+  void tefxButton6Click(); // do-not-disturb off
+  void HostIP_tefxButtonClick();
+  // Where the board stands in the window, for placing hints; the screens fill it.
+  struct TBoardGeometry {
+    int WindowLeft = 0;
+    int WindowTop = 0;
+    int PageLeft = 0;
+    int PageTop = 0;
+    int BoardLeft = 0;
+    int BoardTop = 0;
+    int BoardHeight = 600;
+    int MouseX = 0;
+    int MouseY = 0;
+  };
+  TBoardGeometry BoardGeometry;
+  // Finds a panel by its exact number, scrolls it into view and says so;
+  // returns the device ID or -1.
+  int FindExtension(const QString &number);
+  // The exchange's type 24 notices about this console's calls.
+  void DeviceNotice(int subCode, const QByteArray &work);
+  QString StatusLine; // the status bar's message
+
   // --- dispatch (Main_Dispatch.cpp) ---
   void processPacketFromSocket(const char *packet, int length);
 
@@ -176,7 +217,12 @@ signals:
   void recordsRefreshRequested();
   void serviceAllowedChanged(bool allowed);
   void callControlChanged(); // keys, panel or ring key changed
-  void closeRequested();     // the frame should close the main window
+  // The service class dialog for a device; the screens take its own width from
+  // left and add its height to top to place it by the panel's icon.
+  void srvClassDialogRequested(int id, int left, int top);
+  // The settings window on its network page, with the host filled in.
+  void settingsRequested(const QString &host);
+  void closeRequested(); // the frame should close the main window
 
 private:
   void SetCaption(const QString &caption);
