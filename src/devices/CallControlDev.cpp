@@ -13,6 +13,9 @@ TCallControlDev::TCallControlDev() : m_phones(kTailIndex + 1) {
 void TCallControlDev::CallControlDev_Init() {
   for (int i = 0; i <= kTailIndex; ++i) {
     TPhoneTis &p = m_phones[size_t(i)];
+    // A record knows its own ID from the start: a panel from a saved layout
+    // whose device never reports must not pass the prune as device 0.
+    p.ID = i;
     p.Status = 0;
     p.InList = false;
     p.Next = -1;
