@@ -1,7 +1,25 @@
-// The board's layout: all 3072 panels placed again after a resize or a move.
+// The board's layout over 3072 panels, and enumerating 3072 devices from the
+// simulated exchange over loopback.
+#include "core/link/ExchangeLink.h"
+#include "core/link/Public_Unit.h"
+#include "core/link/SysParam.h"
 #include "devices/CallControlDev.h"
+#include "devices/DeviceEvents.h"
+#include "devices/PhoneBoard.h"
+#include "support/Paths.h"
+#include "support/Settings.h"
+
+#include "ExchangeSim.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QTemporaryDir>
+#include <QTimer>
 
 #include <benchmark/benchmark.h>
+
+using namespace Qt::StringLiterals;
 
 static void BM_Relayout3072(benchmark::State &state) {
   TCallControlDev table;
@@ -19,4 +37,73 @@ static void BM_Relayout3072(benchmark::State &state) {
 }
 BENCHMARK(BM_Relayout3072)->Unit(benchmark::kMicrosecond);
 
-BENCHMARK_MAIN();
+// From the first request to the end of the service class names, Debug 0.
+static void BM_Enumerate3072(benchmark::State &state) {
+  QTemporaryDir home;
+  SetAppPath(home.path());
+  SysConfig().TypeVisible.fill(true);
+  SysConfig().Debug = 0;
+  for (auto _ : state) {
+    ExchangeSim sim;
+    sim.AddUser(u"8001"_s, u"1234"_s);
+    sim.SetPulsePeriod(0);
+    sim.AddDevices(0, 3000, 1, u"8000"_s);
+    sim.AddDevices(3000, 72, 5, u"100"_s);
+    QStringList names;
+    for (int i = 0; i < 16; ++i)
+      names << u"Class%1"_s.arg(i);
+    sim.SetServiceClassNames(names);
+    sim.Listen();
+    TCallControlDev table;
+    table.ParentWidth = 1280;
+    TNetModule net;
+    TDeviceEvents events(table, net);
+    TPhoneBoard board(table, net);
+    TExchangeLink link;
+    QEventLoop loop;
+    bool namesDone = false;
+    link.SetPacketHandler([&](const char *p, int len) {
+      QByteArray work(2048, '\0');
+      work.replace(0, qMin(len, 2048), QByteArray(p, qMin(len, 2048)));
+      const PacketHeader h = PacketHeader::Read(work.constData());
+      if (h.TypeCode == 16) {
+        SysParam().MyID = h.ID;
+        loop.quit();
+      } else if (h.TypeCode == 34) {
+        events.processPacketFromSocket_OtherTIS(work.constData());
+      } else if (h.TypeCode == 36) {
+        if (GetU16(work.constData(), 16) == 65535) {
+          namesDone = true;
+          loop.quit();
+        }
+        events.processPacketFromSocket_SrvClassName(work.constData());
+      }
+    });
+    link.StartWorker();
+    link.Winsock_TCP().RemoteHost = u"127.0.0.1"_s;
+    link.Winsock_TCP().RemotePort = sim.Port();
+    QObject::connect(&link.Winsock_TCP(), &TExchangeSocket::OnConnect,
+                     [] { SendLogin(u"8001"_s, u"1234"_s); });
+    link.Winsock_TCP().Connect();
+    QTimer::singleShot(10000, &loop, &QEventLoop::quit);
+    loop.exec(); // logged in
+    QElapsedTimer clock;
+    clock.start();
+    board.RefreshPhones_tefxButtonClick();
+    QTimer::singleShot(30000, &loop, &QEventLoop::quit);
+    loop.exec();
+    state.SetIterationTime(double(clock.nsecsElapsed()) / 1e9);
+    state.counters["panels"] = table.PanelCount();
+    if (!namesDone)
+      state.SkipWithError("the enumeration did not finish");
+  }
+}
+BENCHMARK(BM_Enumerate3072)->UseManualTime()->Iterations(3)->Unit(benchmark::kMillisecond);
+
+int main(int argc, char **argv) {
+  QCoreApplication app(argc, argv);
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}
