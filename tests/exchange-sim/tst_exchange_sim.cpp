@@ -369,6 +369,14 @@ private slots:
     QTest::newRow("userinfo short") << u"at 0 userinfo 8001 front 5003"_s;
     QTest::newRow("userinfo port too big") << u"at 0 userinfo 8001 front 70000 1"_s;
     QTest::newRow("userinfo admin 2") << u"at 0 userinfo 8001 front 5003 2 *72"_s;
+    QTest::newRow("status without one") << u"at 0 status 5"_s;
+    QTest::newRow("status too big") << u"at 0 status 5 256"_s;
+    QTest::newRow("status of no device") << u"at 0 status -1 1"_s;
+    QTest::newRow("mixdata beyond 16 bits") << u"at 0 mixdata 5 0x10000"_s;
+    QTest::newRow("cdr of one number") << u"at 0 cdr 8001"_s;
+    QTest::newRow("cdr code not a number") << u"at 0 cdr 8001 8002 x"_s;
+    QTest::newRow("live at no rate") << u"at 0 live 0"_s;
+    QTest::newRow("live what") << u"at 0 live fast"_s;
   }
   void badScriptRunsNothing() {
     QFETCH(QString, line);
