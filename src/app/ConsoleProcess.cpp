@@ -3,6 +3,11 @@
 #include "core/console/Login_Form.h"
 #include "core/console/Main_Form.h"
 #include "core/console/UserInfo_Form.h"
+#include "devices/GSM_Unit.h"
+#include "directory/DirectoryPages.h"
+#include "directory/PopMsg_Form.h"
+#include "directory/TaskEdit_Unit.h"
+#include "directory/Tasks_Unit.h"
 #include "directory/SysDM_Unit.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
@@ -43,6 +48,8 @@ void ConsoleProcess::Start(const QString &home, bool autoLogin) {
 
   m_main = std::make_unique<TMain_Form>();
   m_main->FormCreate();
+  m_popMsg = std::make_unique<TForm_PopMsg>();
+  m_main->Pages().Form_PopMsg = m_popMsg.get();
   m_sysset = std::make_unique<Tsysset_Form>();
   connect(m_sysset.get(), &Tsysset_Form::ringToneButtonChanged, m_main.get(),
           &TMain_Form::SetRingToneButton);
@@ -54,6 +61,16 @@ void ConsoleProcess::Start(const QString &home, bool autoLogin) {
   m_login->AutoLogin = autoLogin;
   m_userInfo = std::make_unique<TUserInfo_Form>();
   m_main->UserInfo_Form = m_userInfo.get();
+  m_tasks = std::make_unique<TTasks_Form>();
+  RunGuarded([this] { m_tasks->FormCreate(); }); // loads the task list from the store
+  m_tasks->EditForm().FindByName = [this](const QString &name) { m_main->Pages().FindByName(name); };
+  connect(&m_main->Pages(), &TDirectoryPages::taskContactChosen, m_tasks.get(),
+          &TTasks_Form::LinkContact);
+  m_gsm = std::make_unique<TGSM_Form>();
+  connect(m_main.get(), &TMain_Form::gsmSendRequested, m_gsm.get(), &TGSM_Form::sendSms_TeButtonClick);
+  connect(m_main.get(), &TMain_Form::gsmTimerStopRequested, m_gsm.get(),
+          &TGSM_Form::GSM_SendSMS_TimerStop);
+  connect(&m_main->Pages(), &TDirectoryPages::smsRequested, m_gsm.get(), &TGSM_Form::SendSMSTo);
 
   connect(m_login.get(), &TLogin_Form::quitRequested, this, &ConsoleProcess::SilentClose);
   connect(m_main.get(), &TMain_Form::closeRequested, this, &ConsoleProcess::SilentClose);

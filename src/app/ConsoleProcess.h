@@ -5,8 +5,11 @@
 
 #include <memory>
 
+class TForm_PopMsg;
+class TGSM_Form;
 class TLogin_Form;
 class TMain_Form;
+class TTasks_Form;
 class TUserInfo_Form;
 class Tsysset_Form;
 
@@ -35,8 +38,11 @@ public:
 
 private:
   std::unique_ptr<TMain_Form> m_main;
+  std::unique_ptr<TForm_PopMsg> m_popMsg;
   std::unique_ptr<Tsysset_Form> m_sysset;
   std::unique_ptr<TLogin_Form> m_login;
   std::unique_ptr<TUserInfo_Form> m_userInfo;
+  std::unique_ptr<TTasks_Form> m_tasks;
+  std::unique_ptr<TGSM_Form> m_gsm;
   bool m_closed = false;
 };
