@@ -462,22 +462,6 @@ private slots:
     QCOMPARE(datagram.toHex(' '), expected.toHex(' '));
   }
 
-  void eventsReachTheConsolesPort() {
-    Sim->AddDevice(5, 1, u"8001"_s);
-    QVERIFY(Sim->SetDeviceStatus(5, 2));
-    QVERIFY(!Sim->SetDeviceStatus(6, 2));
-    QVERIFY(Sim->PushStatus(5));
-    QVERIFY(!Sim->PushStatus(6));
-    Sim->SendCallRecord(u"8001"_s, u"13900001111"_s);
-    Sim->SendCallRecord(u"8999"_s, u"13900001111"_s); // no such extension: ID 0
-    QTRY_COMPARE_WITH_TIMEOUT(Ear->Got.size(), 3, kWait);
-    QCOMPARE(Ear->Got.at(0).data(), SimPackets::StatusDatagram(*Sim->Device(5)));
-    QCOMPARE(I16At(Ear->Got.at(0).data(), 16), 2);
-    QCOMPARE(HeaderOf(Ear->Got.at(1).data()).Id, quint16(5));
-    QCOMPARE(HeaderOf(Ear->Got.at(2).data()).Id, quint16(0));
-    QCOMPARE(Sim->DatagramsSent(), 3);
-  }
-
   void senderAddressIsChosen_data() {
     QTest::addColumn<QString>("sender");
     QTest::addColumn<QString>("seen");
@@ -559,6 +543,7 @@ private slots:
                                 &error),
              qPrintable(error));
     QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, kWait);
+    QVERIFY(!Sim->PushStatus(99));
     QVERIFY(!Sim->IsLiveStatusRunning());
     QVERIFY(Sim->LiveStatusSent() > 0);
     QTRY_COMPARE_WITH_TIMEOUT(Ear->Got.size(), 3 + Sim->LiveStatusSent(), kWait);
