@@ -10,6 +10,14 @@ TCommandLine ParseCommandLine(int argc, char **argv) {
       cl.Help = true;
     } else if (arg == u"--version"_s || arg == u"-v"_s) {
       cl.Version = true;
+    } else if (arg == u"--udp-port"_s) {
+      bool ok = false;
+      const uint port = i + 1 < argc ? QString::fromLocal8Bit(argv[++i]).toUInt(&ok) : 0;
+      if (!ok || port == 0 || port > 65535) {
+        cl.Error = u"--udp-port needs a port number"_s;
+        return cl;
+      }
+      cl.UdpPort = quint16(port);
     } else if (arg == u"--login"_s) {
       cl.Login = true;
     } else if (arg == u"--home"_s) {
@@ -30,7 +38,7 @@ TCommandLine ParseCommandLine(int argc, char **argv) {
 }
 
 QString UsageText() {
-  return u"Usage: trunkdesk [--home DIR] [--login] [--help] [--version]\n"
+  return u"Usage: trunkdesk [--home DIR] [--login] [--udp-port N] [--help] [--version]\n"
          u"\n"
          u"Trunkdesk, the attendant console of an IP telephone exchange.\n"
          u"\n"
@@ -39,6 +47,7 @@ QString UsageText() {
          u"               copied in at start, nothing present is overwritten\n"
          u"  --login      log in at start with the saved number and password, so an\n"
          u"               unattended front-desk PC comes up logged in\n"
+         u"  --udp-port N where the exchange's status pushes arrive (default 5009)\n"
          u"  --version    print the version and exit\n"
          u"  --help       print this text and exit\n"_s;
 }

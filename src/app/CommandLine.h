@@ -2,13 +2,14 @@
 
 #include <QString>
 
-// trunkdesk [--home DIR] [--login] [--help] [--version]
+// trunkdesk [--home DIR] [--login] [--udp-port N] [--help] [--version]
 struct TCommandLine {
   bool Help = false;
   bool Version = false;
-  bool Login = false; // press Login at the dialog's first show
-  QString Home;  // empty: the executable's folder
-  QString Error; // set when the line can't be understood
+  bool Login = false;     // press Login at the dialog's first show
+  quint16 UdpPort = 5009; // where the exchange's pushes arrive
+  QString Home;           // empty: the executable's folder
+  QString Error;          // set when the line can't be understood
 };
 
 TCommandLine ParseCommandLine(int argc, char **argv);

@@ -3,12 +3,14 @@
 #include "core/console/Login_Form.h"
 #include "core/console/Main_Form.h"
 #include "core/console/UserInfo_Form.h"
+#include "devices/DeviceEvents.h"
 #include "devices/GSM_Unit.h"
+#include "devices/UDPServerMain.h"
 #include "directory/DirectoryPages.h"
 #include "directory/PopMsg_Form.h"
+#include "directory/SysDM_Unit.h"
 #include "directory/TaskEdit_Unit.h"
 #include "directory/Tasks_Unit.h"
-#include "directory/SysDM_Unit.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
 #include "support/Paths.h"
@@ -27,7 +29,7 @@ ConsoleProcess::ConsoleProcess(QObject *parent) : QObject(parent) {}
 
 ConsoleProcess::~ConsoleProcess() = default;
 
-void ConsoleProcess::Start(const QString &home, bool autoLogin) {
+bool ConsoleProcess::Start(const QString &home, bool autoLogin, quint16 udpPort) {
   SetAppPath(home.isEmpty() ? QCoreApplication::applicationDirPath() : home);
   SetShippedRoot(QString::fromUtf16(kShippedRoot));
 
@@ -63,14 +65,31 @@ void ConsoleProcess::Start(const QString &home, bool autoLogin) {
   m_main->UserInfo_Form = m_userInfo.get();
   m_tasks = std::make_unique<TTasks_Form>();
   RunGuarded([this] { m_tasks->FormCreate(); }); // loads the task list from the store
-  m_tasks->EditForm().FindByName = [this](const QString &name) { m_main->Pages().FindByName(name); };
+  m_tasks->EditForm().FindByName = [this](const QString &name) {
+    m_main->Pages().FindByName(name);
+  };
   connect(&m_main->Pages(), &TDirectoryPages::taskContactChosen, m_tasks.get(),
           &TTasks_Form::LinkContact);
   m_gsm = std::make_unique<TGSM_Form>();
-  connect(m_main.get(), &TMain_Form::gsmSendRequested, m_gsm.get(), &TGSM_Form::sendSms_TeButtonClick);
+  connect(m_main.get(), &TMain_Form::gsmSendRequested, m_gsm.get(),
+          &TGSM_Form::sendSms_TeButtonClick);
   connect(m_main.get(), &TMain_Form::gsmTimerStopRequested, m_gsm.get(),
           &TGSM_Form::GSM_SendSMS_TimerStop);
   connect(&m_main->Pages(), &TDirectoryPages::smsRequested, m_gsm.get(), &TGSM_Form::SendSMSTo);
+
+  // The exchange's pushes: status changes into the device table, call records
+  // into the store.
+  m_udp = std::make_unique<TUDPMainForm>(udpPort);
+  TDeviceEvents &events = m_main->DeviceEvents();
+  m_udp->DeviceStatusHandler = [&events](const char *record, int length) {
+    events.Device_UpdateStatus(record, length);
+  };
+  m_udp->RefreshMixShow = [&events](int id, quint16 mixData) {
+    events.refreshMixShow(id, mixData);
+  };
+  connect(m_main.get(), &TMain_Form::udpLoggedInChanged, m_udp.get(), &TUDPMainForm::SetLoggedIn);
+  if (!m_udp->FormCreate())
+    return false;
 
   connect(m_login.get(), &TLogin_Form::quitRequested, this, &ConsoleProcess::SilentClose);
   connect(m_main.get(), &TMain_Form::closeRequested, this, &ConsoleProcess::SilentClose);
@@ -84,6 +103,7 @@ void ConsoleProcess::Start(const QString &home, bool autoLogin) {
   // One line for whoever started the console from a shell or a service manager.
   std::printf("trunkdesk: running, home %s\n", qUtf8Printable(AppPath()));
   std::fflush(stdout);
+  return true;
 }
 
 void ConsoleProcess::SilentClose() {

@@ -10,6 +10,7 @@ class TGSM_Form;
 class TLogin_Form;
 class TMain_Form;
 class TTasks_Form;
+class TUDPMainForm;
 class TUserInfo_Form;
 class Tsysset_Form;
 
@@ -27,8 +28,9 @@ public:
   ~ConsoleProcess() override;
 
   // `home` empty means the executable's folder. `autoLogin` presses Login at the
-  // login dialog's first show.
-  void Start(const QString &home, bool autoLogin);
+  // login dialog's first show. False when the console can't run at all (its
+  // event port is taken); the reason has been shown.
+  bool Start(const QString &home, bool autoLogin, quint16 udpPort = 5009);
 
   // The close that asks nothing: disconnect, settings saved, "Application
   // Close!" logged, the event loop told to end. Runs once.
@@ -44,5 +46,6 @@ private:
   std::unique_ptr<TUserInfo_Form> m_userInfo;
   std::unique_ptr<TTasks_Form> m_tasks;
   std::unique_ptr<TGSM_Form> m_gsm;
+  std::unique_ptr<TUDPMainForm> m_udp;
   bool m_closed = false;
 };

@@ -38,8 +38,12 @@ void ConsoleShell::Open(const QString &target, const QString &parameters) {
 }
 
 // Without a window there is no sound either; the log says when it would ring.
-void ConsoleShell::RingStart() { WriteLog(u"Ring start"_s); }
-void ConsoleShell::RingStop() { WriteLog(u"Ring stop"_s); }
+void ConsoleShell::RingStart() {
+  WriteLog(u"Ring start"_s);
+}
+void ConsoleShell::RingStop() {
+  WriteLog(u"Ring stop"_s);
+}
 
 void ConsoleShell::HintAt(const QString &title, const QString &text, int, int, int) {
   Print(u"trunkdesk: "_s + title + u": "_s + text);

@@ -43,7 +43,10 @@ int main(int argc, char **argv) {
   QObject::connect(&app, &QGuiApplication::commitDataRequest, &process,
                    [&process](QSessionManager &) { process.SilentClose(); });
 
-  process.Start(cl.Home, cl.Login);
+  if (!process.Start(cl.Home, cl.Login, cl.UdpPort)) {
+    SetShell(nullptr);
+    return 1;
+  }
   const int rc = app.exec();
   SetShell(nullptr);
   return rc;

@@ -10,6 +10,7 @@
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QUdpSocket>
 
 #include <csignal>
 #include <functional>
@@ -196,11 +197,28 @@ private slots:
     const QStringList logs = QDir(dir.path()).entryList({u"TrunkdeskLog*.ini"_s}, QDir::Files);
     QCOMPARE(logs.size(), 1);
     const QString log = QString::fromUtf8(ReadFile(dir.path() + u'/' + logs[0]));
-    for (const QString &line : {u"Connecting to IP:127.0.0.1"_s, u"Connected."_s,
-                                u"ID:1 Len:64 typeCode:0x10 "_s, u"ID:1 Len:12 typeCode:0x1 "_s,
-                                u"Application Close!"_s})
+    for (const QString &line :
+         {u"Connecting to IP:127.0.0.1"_s, u"Connected."_s, u"ID:1 Len:64 typeCode:0x10 "_s,
+          u"ID:1 Len:12 typeCode:0x1 "_s, u"Application Close!"_s})
       QVERIFY2(log.contains(line), qPrintable(line));
     QVERIFY(!log.contains(u"No Pulse!!!"_s));
+  }
+
+  // The exchange's pushes can't reach a console whose port is taken: it says so
+  // and ends, rather than running blind.
+  void takenEventPortEndsTheProgram() {
+    QUdpSocket holder;
+    QVERIFY(holder.bind(QHostAddress::AnyIPv4, 0)); // no sharing
+    QTemporaryDir dir;
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+    p.setProcessEnvironment(env);
+    p.start(Program(),
+            {u"--home"_s, dir.path(), u"--udp-port"_s, QString::number(holder.localPort())});
+    QVERIFY(p.waitForFinished(20000));
+    QCOMPARE(p.exitCode(), 1);
+    QVERIFY(!p.readAllStandardError().isEmpty());
   }
 
   // A home where nothing can be written still starts, says why the settings

@@ -123,12 +123,15 @@ void TMain_Form::LoadConRecords() {
   emit callListsReloadRequested();
 }
 void TMain_Form::LoadPhones_tefxButtonClick() {
+  m_board->LoadPhones_tefxButtonClick();
   emit phonesLoadRequested();
 }
 void TMain_Form::RefrshPhones_tefxButtonClick() {
+  m_board->RefreshPhones_tefxButtonClick();
   emit phonesRefreshRequested();
 }
 void TMain_Form::savePhones_tefxButtonClick() {
+  m_board->savePhones_tefxButtonClick();
   emit phonesSaveRequested();
 }
 void TMain_Form::SetUdpLoggedIn(bool loggedIn) {
