@@ -7,6 +7,7 @@
 #include "core/link/SysParam.h"
 #include "devices/CallControlDev.h"
 #include "devices/DeviceEvents.h"
+#include "devices/GSM_Unit.h"
 #include "devices/PhoneBoard.h"
 #include "devices/UDPServerMain.h"
 #include "directory/SysDM_Unit.h"
@@ -94,6 +95,51 @@ private slots:
       QSqlQuery q(StoreConnection());
       return q.exec(u"select count(*) from PBXConRecords"_s) && q.next() && q.value(0).toInt() == 1;
     }());
+  }
+
+  // An SMS goes to the exchange as its text block, and the answer shows.
+  void smsGoesOutThroughAModule() {
+    TestHome home;
+    RecordingShell shell;
+    home.CopyShipped(u"ini/lang_chinese.lan"_s);
+    LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
+    Sys_DM().DataModuleCreate();
+    SysParam() = TNetPhone_SysParam{};
+    LastSysParam() = TNetPhone_SysParam{};
+
+    TMain_Form main;
+    TLogin_Form login(&main);
+    TGSM_Form gsm;
+    QObject::connect(&main, &TMain_Form::gsmSendRequested, &gsm, &TGSM_Form::sendSms_TeButtonClick);
+    QObject::connect(&main, &TMain_Form::gsmTimerStopRequested, &gsm,
+                     &TGSM_Form::GSM_SendSMS_TimerStop);
+    ExchangeSim sim;
+    sim.AddUser(u"8001"_s, u"1234"_s);
+    sim.SetPulsePeriod(0);
+    sim.AddDevice(60, 12, u"13800000001"_s);
+    QVERIFY(sim.Listen());
+    main.Link().StartWorker();
+    login.FormShow();
+    login.TelNo_TeComboBox = u"8001"_s;
+    login.Pwd_TeMaskEdit = u"1234"_s;
+    login.HostIP_TeMaskEdit = u"127.0.0.1"_s;
+    login.HostPort_TeMaskEdit = QString::number(sim.Port());
+    login.Login_TeButtonClick();
+    QTRY_VERIFY(SysParam().LoggedIn == 1);
+
+    gsm.Show();
+    gsm.SMSDest_TeSEdit = u"13900001111"_s;
+    gsm.SMSBody_TeMemo = u"您的房间已准备好"_s;
+    gsm.SMSBody_TeMemoChange();
+    gsm.TeButton1Click();
+    QTRY_COMPARE(sim.SmsSent().size(), 1);
+    QVERIFY(sim.SmsSent()[0].startsWith(u"D:13900001111"_s));
+    QVERIFY(sim.SmsSent()[0].contains(u"您的房间已准备好"_s));
+    QTRY_VERIFY(std::any_of(shell.Balloons.begin(), shell.Balloons.end(),
+                            [](const RecordingShell::BalloonShown &b) {
+                              return b.Title == LangFormat(298, {u"13900001111"_s});
+                            }));
+    QCOMPARE(int(SysParam().GsmBusy), 0);
   }
 };
 
