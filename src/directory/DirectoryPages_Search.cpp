@@ -17,19 +17,33 @@ QString DqPattern(const QString &text) {
 
 struct FindBox {
   bool Checked;
-  const QString &Text;
+  const QString *Text;
   const char *Column;
 };
 
-QString CombinedSQL(const char *start, const char *joiner, std::initializer_list<FindBox> boxes) {
+QString CombinedSQL(const char *start, const char *joiner, const QList<FindBox> &boxes) {
   QString sql = QString::fromLatin1(start);
   // The clauses follow each other without a blank: "...)and (...".
   for (const FindBox &box : boxes) {
-    if (box.Checked && !box.Text.isEmpty())
+    if (box.Checked && !box.Text->isEmpty())
       sql += QString::fromLatin1(joiner) + u" ("_s + QString::fromLatin1(box.Column) +
-             u" like \""_s + DqPattern(box.Text) + u"\")"_s;
+             u" like \""_s + DqPattern(*box.Text) + u"\")"_s;
   }
   return sql;
+}
+
+// The clauses both combined searches offer, in their order. The e-mail clause
+// names "Email", a column the book doesn't have; the engine answers it with an
+// error the operator sees. Kept so the combined searches read as they always have.
+QList<FindBox> CommonClauses(const TDirectoryPages &p) {
+  return {{p.Find_Name_Check, &p.Find_Name_ComboBox, "name"},
+          {p.Find_Phone1_Check, &p.Find_Phone1_ComboBox, "Phone1"},
+          {p.Find_Company_Check, &p.Find_Company_ComboBox, "Company"},
+          {p.Find_Address_Check, &p.Find_Address_ComboBox, "Address"},
+          {p.Find_MobilePhone_Check, &p.Find_MobilePhone_ComboBox, "MobilePhone"},
+          {p.Find_Fax_Check, &p.Find_Fax_ComboBox, "Fax"},
+          {p.Find_Duty_Check, &p.Find_Duty_ComboBox, "Duty"},
+          {p.Find_Email_Check, &p.Find_Email_LMDEdit, "Email"}};
 }
 } // namespace
 
@@ -90,32 +104,14 @@ void TDirectoryPages::FindByName(const QString &name) {
 }
 
 QString TDirectoryPages::AndSearchSQL() const {
-  // The e-mail clause names "Email", a column the book doesn't have; the engine
-  // answers it with an error the operator sees. Kept so the combined searches
-  // read as they always have.
-  return CombinedSQL("select * from Maininfo where (1=1) ", "and",
-                     {{Find_Name_Check, Find_Name_ComboBox, "name"},
-                      {Find_Phone1_Check, Find_Phone1_ComboBox, "Phone1"},
-                      {Find_Company_Check, Find_Company_ComboBox, "Company"},
-                      {Find_Address_Check, Find_Address_ComboBox, "Address"},
-                      {Find_MobilePhone_Check, Find_MobilePhone_ComboBox, "MobilePhone"},
-                      {Find_Fax_Check, Find_Fax_ComboBox, "Fax"},
-                      {Find_Duty_Check, Find_Duty_ComboBox, "Duty"},
-                      {Find_Email_Check, Find_Email_LMDEdit, "Email"},
-                      {Find_IDCard_Check, Find_IDCard_TeSEdit, "IDCard"}});
+  QList<FindBox> clauses = CommonClauses(*this);
+  clauses.append({Find_IDCard_Check, &Find_IDCard_TeSEdit, "IDCard"});
+  return CombinedSQL("select * from Maininfo where (1=1) ", "and", clauses);
 }
 
 QString TDirectoryPages::OrSearchSQL() const {
   // The "or" search has no identity-card clause.
-  return CombinedSQL("select * from Maininfo where (1<>1) ", "or",
-                     {{Find_Name_Check, Find_Name_ComboBox, "name"},
-                      {Find_Phone1_Check, Find_Phone1_ComboBox, "Phone1"},
-                      {Find_Company_Check, Find_Company_ComboBox, "Company"},
-                      {Find_Address_Check, Find_Address_ComboBox, "Address"},
-                      {Find_MobilePhone_Check, Find_MobilePhone_ComboBox, "MobilePhone"},
-                      {Find_Fax_Check, Find_Fax_ComboBox, "Fax"},
-                      {Find_Duty_Check, Find_Duty_ComboBox, "Duty"},
-                      {Find_Email_Check, Find_Email_LMDEdit, "Email"}});
+  return CombinedSQL("select * from Maininfo where (1<>1) ", "or", CommonClauses(*this));
 }
 
 void TDirectoryPages::LMDButton28Click() {

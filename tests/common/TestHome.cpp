@@ -52,6 +52,12 @@ void TestHome::CopyShipped(const QString &relative) const {
     Write(relative, source.readAll());
 }
 
+void TestHome::UseChinese() const {
+  CopyShipped(u"ini/lang_chinese.lan"_s);
+  LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
+  ReloadTypeNames();
+}
+
 QString SourcePath(const QString &relative) {
   return QStringLiteral(TRUNKDESK_SOURCE_DIR) + u'/' + relative;
 }

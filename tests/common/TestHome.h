@@ -18,6 +18,8 @@ public:
   QByteArray Read(const QString &relative) const;
   // Copies one of the shipped files (resources/...) into the home.
   void CopyShipped(const QString &relative) const;
+  // The shipped Chinese pack, copied in and loaded, with its status names.
+  void UseChinese() const;
 
 private:
   QTemporaryDir m_dir;

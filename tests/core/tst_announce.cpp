@@ -28,8 +28,7 @@ struct Desk {
   TForm_PopMsg pop;
 
   Desk() {
-    home.CopyShipped(u"ini/lang_chinese.lan"_s);
-    LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
+    home.UseChinese();
     Sys_DM().DataModuleCreate();
     SysParam() = TNetPhone_SysParam{};
     SysParam().MyID = 3;

@@ -70,8 +70,7 @@ struct Desk {
   TMain_Form main;
 
   Desk() {
-    home.CopyShipped(u"ini/lang_chinese.lan"_s);
-    LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
+    home.UseChinese();
     SysParam() = TNetPhone_SysParam{};
     SysParam().MyID = 3;
     LastSysParam() = TNetPhone_SysParam{};

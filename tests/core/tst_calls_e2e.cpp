@@ -27,8 +27,7 @@ struct Desk {
   TLogin_Form login{&main};
 
   Desk() {
-    home.CopyShipped(u"ini/lang_chinese.lan"_s);
-    LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
+    home.UseChinese();
     Sys_DM().DataModuleCreate();
     SysParam() = TNetPhone_SysParam{};
     LastSysParam() = TNetPhone_SysParam{};

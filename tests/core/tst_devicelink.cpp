@@ -41,8 +41,7 @@ private slots:
 
   void badChecksumIsReported() {
     TestHome home;
-    home.CopyShipped(u"ini/lang_chinese.lan"_s);
-    LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
+    home.UseChinese();
     RecordingShell shell;
     TDisplay display;
     TDeviceLink device(display);
@@ -57,8 +56,7 @@ private slots:
 
   void lampsHookAndDate() {
     TestHome home;
-    home.CopyShipped(u"ini/lang_chinese.lan"_s);
-    LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
+    home.UseChinese();
     TDisplay display;
     TDeviceLink device(display);
     QVERIFY(device.Parse(Frame({0,  16, 0x81, 0x02, 17, 0b0101, 0b0110, 0, 0,  19, 0x30,

@@ -44,8 +44,7 @@ struct Console {
   TUserInfo_Form userInfo;
 
   Console() {
-    home.CopyShipped(u"ini/lang_chinese.lan"_s);
-    LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
+    home.UseChinese();
     SysConfig().Debug = 1;
     SysParam() = TNetPhone_SysParam{};
     LastSysParam() = TNetPhone_SysParam{};

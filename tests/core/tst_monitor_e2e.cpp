@@ -101,8 +101,7 @@ private slots:
   void smsGoesOutThroughAModule() {
     TestHome home;
     RecordingShell shell;
-    home.CopyShipped(u"ini/lang_chinese.lan"_s);
-    LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
+    home.UseChinese();
     Sys_DM().DataModuleCreate();
     SysParam() = TNetPhone_SysParam{};
     LastSysParam() = TNetPhone_SysParam{};

@@ -43,8 +43,7 @@ struct Desk {
   TMain_Form main;
 
   Desk() {
-    home.CopyShipped(u"ini/lang_chinese.lan"_s);
-    LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
+    home.UseChinese();
     Sys_DM().DataModuleCreate();
     SysParam() = TNetPhone_SysParam{};
     SysParam().MyID = 3;

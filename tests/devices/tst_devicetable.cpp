@@ -164,8 +164,7 @@ private slots:
 
   void nameLinesAndStatusTexts() {
     TestHome home;
-    home.CopyShipped(u"ini/lang_chinese.lan"_s);
-    LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
+    home.UseChinese();
     ReloadTypeNames();
     QCOMPARE(NameLine(1, u"8001"_s), u"[8001]"_s);
     QCOMPARE(NameLine(9, u"1"_s), u"Pri[1]"_s);

@@ -28,8 +28,7 @@ QString ExpectedDefaultFile(const QString &dbFile) {
 }
 
 void LoadChinese(const TestHome &home) {
-  home.CopyShipped(u"ini/lang_chinese.lan"_s);
-  LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
+  home.UseChinese();
 }
 } // namespace
 
