@@ -106,6 +106,18 @@ bool ConsoleProcess::Start(const QString &home, bool autoLogin, quint16 udpPort)
   return true;
 }
 
+bool ConsoleProcess::WindowClose() {
+  if (m_closed)
+    return true;
+  if (!m_main->FormCloseQuery())
+    return false;
+  m_closed = true;
+  m_main->FormClose();
+  m_main->Link().StopWorker();
+  QCoreApplication::quit();
+  return true;
+}
+
 void ConsoleProcess::SilentClose() {
   if (m_closed)
     return;

@@ -35,6 +35,9 @@ public:
   // The close that asks nothing: disconnect, settings saved, "Application
   // Close!" logged, the event loop told to end. Runs once.
   void SilentClose();
+  // The operator closes the main window: asks unless the close is a silent one.
+  // False when the operator said No and the session goes on.
+  bool WindowClose();
 
   TMain_Form *Main() const { return m_main.get(); }
 

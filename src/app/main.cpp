@@ -1,11 +1,17 @@
 #include "app/CommandLine.h"
 #include "app/ConsoleProcess.h"
-#include "app/ConsoleShell.h"
 #include "app/TerminationSignals.h"
 
+#include "core/console/Main_Form.h"
+#include "core/link/SysParam.h"
+#include "directory/DirectoryPages.h"
+#include "support/LanguagePack.h"
 #include "support/Shell.h"
+#include "ui/MainWindow.h"
+#include "ui/WidgetShell.h"
 
 #include <QApplication>
+#include <QSystemTrayIcon>
 
 #include <cstdio>
 
@@ -32,7 +38,11 @@ int main(int argc, char **argv) {
   // The hint pause the screens apply to their tool tips.
   app.setProperty("hintPause", 10000);
 
-  ConsoleShell shell;
+  // Without a screen (offscreen) nobody can answer a dialog: the shell says so on
+  // standard error instead.
+  const QString platform = QGuiApplication::platformName();
+  WidgetShell shell(platform == QLatin1StringView("offscreen") ||
+                    platform == QLatin1StringView("minimal"));
   SetShell(&shell);
 
   ConsoleProcess process;
@@ -47,6 +57,34 @@ int main(int argc, char **argv) {
     SetShell(nullptr);
     return 1;
   }
+
+  TMain_Form &main = *process.Main();
+  TMainWindow window(main);
+  window.CloseHandler = [&process] { return process.WindowClose(); };
+  shell.SetMainWindow(&window);
+  shell.InWindowNotice = [&window](const QString &title, const QString &text, int seconds) {
+    window.ShowNotice(title, text, seconds);
+  };
+  QObject::connect(&window, &TMainWindow::languageRequested, &window,
+                   [](int id) { SelectLanguage(id); });
+  // A click on a balloon brings the window back and, while a call rings, its caller.
+  QObject::connect(&shell, &WidgetShell::balloonClicked, &window, [&window, &main] {
+    window.showNormal();
+    window.activateWindow();
+    if (SysParam().CallState == 2 && !SysParam().CallerNo.isEmpty())
+      main.Pages().ShowIncomingDirect(SysParam().CallerNo);
+  });
+  if (QSystemTrayIcon *tray = shell.Tray()) {
+    QObject::connect(tray, &QSystemTrayIcon::activated, &window,
+                     [&window](QSystemTrayIcon::ActivationReason r) {
+                       if (r == QSystemTrayIcon::DoubleClick) {
+                         window.showNormal();
+                         window.activateWindow();
+                       }
+                     });
+  }
+  window.show();
+
   const int rc = app.exec();
   SetShell(nullptr);
   return rc;

@@ -1,0 +1,348 @@
+#include "ui/MainWindow.h"
+
+#include "core/console/Main_Form.h"
+#include "core/link/SysParam.h"
+#include "directory/DirectoryPages.h"
+#include "support/Clock.h"
+#include "support/LanguagePack.h"
+#include "support/Log.h"
+#include "support/Settings.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QFontDatabase>
+#include <QGridLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QTabWidget>
+#include <QTableView>
+#include <QToolBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+QPushButton *Key(const QString &name, const QString &text, QWidget *parent) {
+  auto *b = new QPushButton(text, parent);
+  b->setObjectName(name);
+  b->setMinimumHeight(34);
+  return b;
+}
+
+QTableView *ListView(const QString &name, QAbstractItemModel *model, QWidget *parent) {
+  auto *v = new QTableView(parent);
+  v->setObjectName(name);
+  v->setModel(model);
+  v->setSelectionBehavior(QAbstractItemView::SelectRows);
+  v->setSelectionMode(QAbstractItemView::ExtendedSelection);
+  v->verticalHeader()->hide();
+  v->horizontalHeader()->setStretchLastSection(true);
+  v->setAlternatingRowColors(true);
+  return v;
+}
+} // namespace
+
+TMainWindow::TMainWindow(TMain_Form &main, QWidget *parent) : QMainWindow(parent), m_main(main) {
+  setObjectName(u"TMain_Form"_s);
+  setWindowTitle(main.Caption);
+  resize(1366, 768);
+  BuildMenuAndToolbar();
+
+  // The working pages: the board, the caller's card, contacts, search, log.
+  m_pages = new QTabWidget(this);
+  m_pages->setObjectName(u"UserMain_TePageControl"_s);
+  m_boardPage = new QWidget(m_pages);
+  m_boardPage->setObjectName(u"Branchs_TeTabSheet"_s);
+  m_boardPage->setLayout(new QVBoxLayout);
+  m_boardPage->layout()->setContentsMargins(0, 0, 0, 0);
+  m_pages->addTab(m_boardPage, u"分机状态"_s);
+  auto *search = new QWidget(m_pages);
+  search->setObjectName(u"Find_TeTabSheet"_s);
+  auto *searchLayout = new QVBoxLayout(search);
+  searchLayout->addWidget(
+      ListView(u"MainInfo_DBAdvStringGrid"_s, &main.Pages().MainInfo_DBAdvStringGrid, search));
+  m_pages->addTab(search, u"电话簿"_s);
+  m_log = new QPlainTextEdit(m_pages);
+  m_log->setObjectName(u"LogMemo"_s);
+  m_log->setReadOnly(true);
+  m_log->setMaximumBlockCount(TLogMemo::kMaxLines);
+  for (const QString &line : LogMemo().Lines())
+    m_log->appendPlainText(line);
+  connect(&LogMemo(), &TLogMemo::lineAdded, m_log, &QPlainTextEdit::appendPlainText);
+  connect(&LogMemo(), &TLogMemo::cleared, m_log, &QPlainTextEdit::clear);
+  if (SysConfig().Debug != 0)
+    m_pages->addTab(m_log, u"Log"_s);
+  else
+    m_log->hide();
+
+  auto *right = new QSplitter(Qt::Vertical, this);
+  right->addWidget(m_pages);
+  right->addWidget(BuildCallLists());
+  right->setStretchFactor(0, 4);
+  right->setStretchFactor(1, 1);
+
+  auto *central = new QSplitter(Qt::Horizontal, this);
+  central->addWidget(BuildPhoneColumn());
+  central->addWidget(right);
+  central->setStretchFactor(1, 1);
+  setCentralWidget(central);
+
+  // Status bar: own extension, session state, clock; and the in-window notice.
+  m_notice = new QLabel(this);
+  m_notice->setObjectName(u"Notice"_s);
+  m_notice->setStyleSheet(u"QLabel { background: #fff4c2; padding: 2px 8px; }"_s);
+  m_notice->hide();
+  m_noticeTimer.setSingleShot(true);
+  connect(&m_noticeTimer, &QTimer::timeout, m_notice, &QLabel::hide);
+  m_statusExt = new QLabel(this);
+  m_statusSession = new QLabel(this);
+  m_statusClock = new QLabel(this);
+  statusBar()->addWidget(m_notice, 1);
+  statusBar()->addPermanentWidget(m_statusExt);
+  statusBar()->addPermanentWidget(m_statusSession);
+  statusBar()->addPermanentWidget(m_statusClock);
+  auto *clock = new QTimer(this);
+  connect(clock, &QTimer::timeout, this, &TMainWindow::RefreshStatus);
+  clock->start(1000);
+
+  connect(&main, &TMain_Form::captionChanged, this, &QWidget::setWindowTitle);
+  connect(&main.Display(), &TDisplay::memo1Changed, m_display, &QLabel::setText);
+  connect(&main, &TMain_Form::callControlChanged, this, &TMainWindow::RefreshCallControl);
+  RefreshCallControl();
+  RefreshStatus();
+}
+
+void TMainWindow::BuildMenuAndToolbar() {
+  QMenu *tools = menuBar()->addMenu(u"工具"_s);
+  tools->setObjectName(u"N1"_s);
+  QAction *settings = tools->addAction(u"设置"_s, this, &TMainWindow::settingsRequested);
+  settings->setObjectName(u"N6"_s);
+  QMenu *language = tools->addMenu(u"语言"_s);
+  language->setObjectName(u"N18"_s);
+  QAction *chinese =
+      language->addAction(u"中文简体"_s, this, [this] { emit languageRequested(0); });
+  chinese->setObjectName(u"N19"_s);
+  QAction *english = language->addAction(u"英语"_s, this, [this] { emit languageRequested(1); });
+  english->setObjectName(u"N20"_s);
+  QAction *quit = tools->addAction(u"退出"_s, this, &QWidget::close);
+  quit->setObjectName(u"N5"_s);
+
+  QToolBar *bar = addToolBar(u"TeToolBar1"_s);
+  bar->setObjectName(u"TeToolBar1"_s);
+  bar->setMovable(false);
+  bar->setToolButtonStyle(Qt::ToolButtonTextOnly);
+  auto add = [bar](const QString &name, const QString &text, auto slot) {
+    QAction *a = bar->addAction(text, slot);
+    a->setObjectName(name);
+    return a;
+  };
+  add(u"TeSpeedButton9"_s, u"重登录"_s, [this] { m_main.TeSpeedButton9Click(); });
+  add(u"TeSpeedButton11"_s, u"注 销"_s, [this] { m_main.TeSpeedButton11Click(); });
+  add(u"TeSpeedButton8"_s, u"短信通"_s, [this] { emit smsRequested(); });
+  add(u"TeSpeedButton10"_s, u"事务管理"_s, [this] { emit tasksRequested(); });
+  m_ringTone = add(u"RingTone_TeSpeedButton"_s, u"关铃声"_s,
+                   [this] { m_main.RingTone_TeSpeedButtonClick(); });
+  add(u"TeSpeedButton_APIExcute"_s, u"外部调用"_s,
+      [this] { m_main.Pages().TeSpeedButton_APIExcuteClick(); });
+
+  // How a ringing call is announced: four choices, one checked.
+  auto *popMenu = new QMenu(this);
+  popMenu->setObjectName(u"IncomStyle_PopupMenu"_s);
+  auto *group = new QActionGroup(popMenu);
+  const struct {
+    const char16_t *Name;
+    const char16_t *Text;
+    int Style;
+  } kStyles[] = {{u"N16", u"直接显示", 0},
+                 {u"N17", u"泡泡显示", 1},
+                 {u"N23", u"调用外部接口程序", 2},
+                 {u"N26", u"弹窗风格_标准", 3}};
+  for (const auto &s : kStyles) {
+    QAction *a = popMenu->addAction(QString::fromUtf16(s.Text));
+    a->setObjectName(QString::fromUtf16(s.Name));
+    a->setCheckable(true);
+    group->addAction(a);
+    const int style = s.Style;
+    const int current = SysConfig().IncomStyle;
+    a->setChecked(style == (current >= 0 && current <= 3 ? current : 2));
+    connect(a, &QAction::triggered, this, [style] { SysConfig().IncomStyle = style; });
+  }
+  auto *pop = new QToolButton(bar);
+  pop->setObjectName(u"TeSpeedButton16"_s);
+  pop->setText(u"来电弹屏"_s);
+  pop->setMenu(popMenu);
+  pop->setPopupMode(QToolButton::InstantPopup);
+  bar->addWidget(pop);
+
+  auto *spacer = new QWidget(bar);
+  spacer->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+  bar->addWidget(spacer);
+  QAction *host =
+      add(u"HostIP_tefxButton"_s, QString(), [this] { m_main.HostIP_tefxButtonClick(); });
+  connect(&m_main, &TMain_Form::captionChanged, host, [this, host] {
+    host->setText(m_main.HostIP_tefxButton_Caption);
+    host->setToolTip(m_main.HostIP_tefxButton_Hint);
+  });
+}
+
+QWidget *TMainWindow::BuildPhoneColumn() {
+  auto *column = new QWidget(this);
+  column->setObjectName(u"Dial_TeTabControl"_s);
+  column->setMaximumWidth(340);
+  auto *layout = new QVBoxLayout(column);
+
+  // The two-line display, like the desk phone's.
+  m_display = new QLabel(m_main.Display().Memo1(), column);
+  m_display->setObjectName(u"memo1"_s);
+  QFont mono = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+  mono.setPointSize(15);
+  mono.setBold(true);
+  m_display->setFont(mono);
+  m_display->setStyleSheet(
+      u"QLabel { background: #102a1c; color: #9cff9c; padding: 8px; border-radius: 6px; }"_s);
+  m_display->setMinimumHeight(72);
+  layout->addWidget(m_display);
+
+  // The dial box: Enter dials, and with keying dials each key goes as typed.
+  m_dialBox = new QComboBox(column);
+  m_dialBox->setObjectName(u"dial_TeSComboBox"_s);
+  m_dialBox->setEditable(true);
+  m_dialBox->setInsertPolicy(QComboBox::NoInsert);
+  auto *dial = Key(u"dial_TeButton"_s, u"拨 号"_s, column);
+  auto *dialRow = new QHBoxLayout;
+  dialRow->addWidget(m_dialBox, 1);
+  dialRow->addWidget(dial);
+  layout->addLayout(dialRow);
+  auto dialNow = [this] {
+    m_main.dial_TeSComboBox_Text = m_dialBox->currentText();
+    m_main.dial_TeSComboBox_SelText = m_dialBox->lineEdit()->selectedText();
+    m_main.dial_TeButtonClick();
+    m_dialBox->clear();
+    m_dialBox->addItems(m_main.dial_TeSComboBox_Items);
+    m_dialBox->setCurrentIndex(-1);
+  };
+  connect(dial, &QPushButton::clicked, this, dialNow);
+  connect(m_dialBox->lineEdit(), &QLineEdit::returnPressed, this, dialNow);
+  connect(m_dialBox->lineEdit(), &QLineEdit::textEdited, this, [this](const QString &text) {
+    if (!text.isEmpty() && SysConfig().isAGMode)
+      m_main.dial_TeSComboBoxKeyPress(text.back());
+  });
+
+  m_msgPanel = new QLabel(column);
+  m_msgPanel->setObjectName(u"Msg_Panel"_s);
+  m_msgPanel->setStyleSheet(u"QLabel { background: #fff4c2; padding: 6px; }"_s);
+  m_msgPanel->hide();
+  layout->addWidget(m_msgPanel);
+
+  // The keypad: 1..9, *, 0, #.
+  auto *pad = new QGridLayout;
+  const QString keys = u"123456789*0#"_s;
+  const int codes[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 10, 12};
+  for (int i = 0; i < 12; ++i) {
+    auto *k = Key(u"Key_%1"_s.arg(codes[i]), keys.mid(i, 1), column);
+    const int code = codes[i];
+    connect(k, &QPushButton::clicked, this, [this, code] { m_main.DialOneDigit(code); });
+    pad->addWidget(k, i / 3, i % 3);
+  }
+  layout->addLayout(pad);
+
+  // The call-control keys.
+  auto *control = new QGridLayout;
+  const struct {
+    const char16_t *Name;
+    const char16_t *Text;
+    void (TMain_Form::*Click)();
+  } kKeys[] = {{u"LMDButton18", u"保 持", &TMain_Form::HoldClick},
+               {u"LMDButton17", u"会 议", &TMain_Form::ConferenceClick},
+               {u"LMDButton20", u"转 移", &TMain_Form::TransferClick},
+               {u"LMDButton21", u"取 消", &TMain_Form::LMDButton21Click},
+               {u"LMDButton22", u"查 询", &TMain_Form::QueryClick},
+               {u"tefxSpeedButton2", u"转到号码", &TMain_Form::tefxSpeedButton2Click}};
+  for (int i = 0; i < 6; ++i) {
+    auto *k = Key(QString::fromUtf16(kKeys[i].Name), QString::fromUtf16(kKeys[i].Text), column);
+    const auto click = kKeys[i].Click;
+    connect(k, &QPushButton::clicked, this, [this, click] {
+      if (click == &TMain_Form::tefxSpeedButton2Click)
+        m_main.dial_TeSComboBox_Text = m_dialBox->currentText();
+      (m_main.*click)();
+    });
+    control->addWidget(k, i / 3, i % 3);
+  }
+  layout->addLayout(control);
+
+  // The hook keys, behind the mode key.
+  m_ctrlMode = Key(u"CtrlMode_tefxButton"_s, m_main.CtrlMode_Caption, column);
+  m_offhook = Key(u"Offhook_tefxButton"_s, u"摘机"_s, column);
+  m_onhook = Key(u"Onhook_tefxButton"_s, u"挂机"_s, column);
+  connect(m_ctrlMode, &QPushButton::clicked, this, [this] { m_main.CtrlMode_tefxButtonClick(); });
+  connect(m_offhook, &QPushButton::clicked, this, [this] { m_main.Offhook_tefxButtonClick(); });
+  connect(m_onhook, &QPushButton::clicked, this, [this] { m_main.Onhook_tefxButtonClick(); });
+  auto *hook = new QHBoxLayout;
+  hook->addWidget(m_ctrlMode);
+  hook->addWidget(m_offhook);
+  hook->addWidget(m_onhook);
+  layout->addLayout(hook);
+
+  // The calls ringing now.
+  auto *incoming = new QLabel(u"最新来电"_s, column);
+  layout->addWidget(incoming);
+  layout->addWidget(
+      ListView(u"Incomings_LMDListBox"_s, &m_main.Pages().Incomings_LMDListBox, column), 1);
+  return column;
+}
+
+QWidget *TMainWindow::BuildCallLists() {
+  auto *tabs = new QTabWidget(this);
+  tabs->setObjectName(u"ConRecords_TePageControl"_s);
+  TDirectoryPages &p = m_main.Pages();
+  tabs->addTab(ListView(u"lostIncom_LMDListBox"_s, &p.lostIncom_LMDListBox, tabs), u"未接来电"_s);
+  tabs->addTab(ListView(u"Incomed_LMDListBox"_s, &p.Incomed_LMDListBox, tabs), u"已接来电"_s);
+  tabs->addTab(ListView(u"dialOut_LMDListBox"_s, &p.dialOut_LMDListBox, tabs), u"已拨电话"_s);
+  return tabs;
+}
+
+void TMainWindow::SetBoard(QWidget *board) {
+  m_boardPage->layout()->addWidget(board);
+}
+
+void TMainWindow::ShowNotice(const QString &title, const QString &text, int seconds) {
+  QString flat = text;
+  flat.replace(u'\r', u"  "_s);
+  m_notice->setText(u"<b>"_s + title.toHtmlEscaped() + u"</b>  "_s + flat.toHtmlEscaped());
+  m_notice->show();
+  m_noticeTimer.start(seconds * 1000);
+}
+
+void TMainWindow::RefreshCallControl() {
+  m_ctrlMode->setText(m_main.CtrlMode_Caption);
+  m_offhook->setEnabled(m_main.HookKeys_Enabled);
+  m_onhook->setEnabled(m_main.HookKeys_Enabled);
+  m_msgPanel->setVisible(m_main.Msg_Panel_Visible);
+  m_msgPanel->setText(m_main.Msg_Panel_Caption + u"  "_s + m_main.Msg_TeLabel);
+  if (!m_main.RingTone_Caption.isEmpty())
+    m_ringTone->setText(m_main.RingTone_Caption);
+}
+
+void TMainWindow::RefreshStatus() {
+  const TNetPhone_SysParam &sp = SysParam();
+  m_statusExt->setText(sp.MyTelNo.isEmpty() ? u"—"_s : sp.MyTelNo);
+  m_statusSession->setText(sp.LoggedIn ? u"已登录"_s : (sp.Connected ? u"已连接"_s : u"未连接"_s));
+  m_statusClock->setText(CurrentDateTime().toString(u"yyyy-MM-dd hh:mm:ss"_s));
+}
+
+void TMainWindow::closeEvent(QCloseEvent *event) {
+  if (!CloseHandler || CloseHandler())
+    event->accept();
+  else
+    event->ignore(); // No keeps the session
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QLabel>
+#include <QMainWindow>
+#include <QTimer>
+
+#include <functional>
+
+class QComboBox;
+class QPlainTextEdit;
+class QPushButton;
+class QTabWidget;
+class QTableView;
+class TMain_Form;
+
+// The main window: what the front desk looks at all shift. It shows the main
+// form's logic and forwards every key to it.
+class TMainWindow : public QMainWindow {
+  Q_OBJECT
+
+public:
+  explicit TMainWindow(TMain_Form &main, QWidget *parent = nullptr);
+
+  // The board page's content (the panel board with its legend and buttons).
+  void SetBoard(QWidget *board);
+  // A notification inside the window, for desktops without a tray.
+  void ShowNotice(const QString &title, const QString &text, int seconds);
+  // Asked when the operator closes the window: true lets it close.
+  std::function<bool()> CloseHandler;
+
+signals:
+  void settingsRequested();
+  void smsRequested();
+  void tasksRequested();
+  void languageRequested(int langId);
+
+protected:
+  void closeEvent(QCloseEvent *event) override;
+
+private:
+  QWidget *BuildPhoneColumn();
+  QWidget *BuildCallLists();
+  void BuildMenuAndToolbar();
+  void RefreshCallControl();
+  void RefreshStatus();
+
+  TMain_Form &m_main;
+  QLabel *m_display = nullptr;
+  QComboBox *m_dialBox = nullptr;
+  QLabel *m_msgPanel = nullptr;
+  QPushButton *m_ctrlMode = nullptr;
+  QPushButton *m_offhook = nullptr;
+  QPushButton *m_onhook = nullptr;
+  QAction *m_ringTone = nullptr;
+  QTabWidget *m_pages = nullptr;
+  QWidget *m_boardPage = nullptr;
+  QPlainTextEdit *m_log = nullptr;
+  QLabel *m_notice = nullptr;
+  QTimer m_noticeTimer;
+  QLabel *m_statusExt = nullptr;
+  QLabel *m_statusSession = nullptr;
+  QLabel *m_statusClock = nullptr;
+};
