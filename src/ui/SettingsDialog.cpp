@@ -1,0 +1,227 @@
+#include "ui/SettingsDialog.h"
+
+#include "support/Shell.h"
+#include "support/Sysset_Unit.h"
+#include "ui/LanguageBinding.h"
+
+#include <QComboBox>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+QLabel *NamedLabel(const QString &name, const QString &text, QWidget *parent) {
+  auto *label = new QLabel(text, parent);
+  label->setObjectName(name);
+  return label;
+}
+
+QLineEdit *NamedEdit(const QString &name, QWidget *parent) {
+  auto *edit = new QLineEdit(parent);
+  edit->setObjectName(name);
+  return edit;
+}
+
+QPushButton *NamedButton(const QString &name, const QString &text, QWidget *parent) {
+  auto *button = new QPushButton(text, parent);
+  button->setObjectName(name);
+  button->setAutoDefault(false);
+  return button;
+}
+
+// A page: its fields on top, its keys at the lower right.
+QWidget *Page(const QString &name, QLayout *fields, std::initializer_list<QPushButton *> keys) {
+  auto *page = new QWidget;
+  page->setObjectName(name);
+  auto *box = new QVBoxLayout(page);
+  box->addLayout(fields);
+  box->addStretch();
+  auto *row = new QHBoxLayout;
+  row->addStretch();
+  for (QPushButton *key : keys)
+    row->addWidget(key);
+  box->addLayout(row);
+  return page;
+}
+
+QFormLayout *Form() {
+  auto *form = new QFormLayout;
+  form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+  form->setVerticalSpacing(10);
+  return form;
+}
+} // namespace
+
+template <typename Handler> void SettingsDialog::Run(Handler handler) {
+  StoreEdits();
+  RunGuarded(handler);
+  Refresh();
+}
+
+SettingsDialog::SettingsDialog(Tsysset_Form &logic, QWidget *parent)
+    : QDialog(parent), m_logic(logic) {
+  setObjectName(u"Tsysset_Form"_s);
+  setWindowTitle(u"系统设置"_s);
+  setWindowModality(Qt::WindowModal);
+
+  m_pages = new QTabWidget(this);
+  m_pages->setObjectName(u"PageControl1"_s);
+
+  // The exchange.
+  m_hostIP = NamedEdit(u"HostIP_LMDEdit"_s, this);
+  m_hostPort = NamedEdit(u"HostPort_LMDEdit"_s, this);
+  m_hostPort->setReadOnly(true);
+  m_outNo = NamedEdit(u"OutNo_LMDEdit"_s, this);
+  m_ldNo = NamedEdit(u"LDNo_LMDEdit"_s, this);
+  auto *exchange = Form();
+  exchange->addRow(NamedLabel(u"StaticText1"_s, u"交换机IP地址:"_s, this), m_hostIP);
+  exchange->addRow(NamedLabel(u"StaticText2"_s, u"端口:"_s, this), m_hostPort);
+  exchange->addRow(NamedLabel(u"StaticText3"_s, u"外线号码:"_s, this), m_outNo);
+  exchange->addRow(NamedLabel(u"StaticText4"_s, u"长途号码:"_s, this), m_ldNo);
+  auto *apply1 = NamedButton(u"TeEffectButton1"_s, u"应 用"_s, this);
+  auto *cancel1 = NamedButton(u"TeEffectButton2"_s, u"取 消"_s, this);
+
+  // The store.
+  m_dbFile = NamedEdit(u"DBFile_TeEdit"_s, this);
+  auto *browse = NamedButton(u"TeSpeedButton1"_s, u"浏览..."_s, this);
+  auto *dbRow = new QHBoxLayout;
+  dbRow->addWidget(m_dbFile, 1);
+  dbRow->addWidget(browse);
+  auto *store = Form();
+  store->addRow(NamedLabel(u"StaticText5"_s, u"数据库文件:"_s, this), dbRow);
+  auto *apply2 = NamedButton(u"TeEffectButton3"_s, u"应 用"_s, this);
+  auto *cancel2 = NamedButton(u"TeEffectButton4"_s, u"取 消"_s, this);
+
+  // Incoming calls.
+  m_ringFlag = new QComboBox(this);
+  m_ringFlag->setObjectName(u"RingFlag_TeSComboBox"_s);
+  m_ringFlag->addItems({u"开"_s, u"关"_s});
+  auto *ring = Form();
+  ring->addRow(NamedLabel(u"StaticText6"_s, u"来电振铃音开关:"_s, this), m_ringFlag);
+  auto *apply3 = NamedButton(u"TeEffectButton5"_s, u"应 用"_s, this);
+  auto *cancel3 = NamedButton(u"TeEffectButton6"_s, u"取 消"_s, this);
+
+  // The port types the board shows.
+  m_extsPanel = new QListWidget(this);
+  m_extsPanel->setObjectName(u"TeListView_ExtsPanel"_s);
+  for (const TExtsPanelItem &item : m_logic.TeListView_ExtsPanel) {
+    auto *row = new QListWidgetItem(item.Caption, m_extsPanel);
+    row->setFlags(Qt::ItemIsEnabled | Qt::ItemIsUserCheckable);
+    row->setData(Qt::UserRole, item.Type);
+  }
+  auto *panels = new QVBoxLayout;
+  auto *panelsCaption = NamedLabel(
+      u"TeLabel_ExtsPanel"_s, u"选择分机面板可视端口:(注意：重新\"刷新\"设置才会生效)"_s, this);
+  panelsCaption->setWordWrap(true);
+  panels->addWidget(panelsCaption);
+  panels->addWidget(m_extsPanel);
+  auto *apply4 = NamedButton(u"TeEffectButton7"_s, u"应 用"_s, this);
+
+  // The external program.
+  m_linkURL = NamedEdit(u"TeSEdit_LinkURL"_s, this);
+  auto *link = Form();
+  link->addRow(NamedLabel(u"TeLabel_LinkURL"_s, u"外部接口程序:"_s, this), m_linkURL);
+  auto *apply5 = NamedButton(u"TeEffectButton8"_s, u"立即应用"_s, this);
+
+  m_pages->addTab(Page(u"TabSheet1"_s, exchange, {apply1, cancel1}), u"交换机参数"_s);
+  m_pages->addTab(Page(u"TabSheet2"_s, store, {apply2, cancel2}), u"数据库设置"_s);
+  m_pages->addTab(Page(u"TabSheet3"_s, ring, {apply3, cancel3}), u"来电设置"_s);
+  m_pages->addTab(Page(u"TabSheet6"_s, panels, {apply4}), u"面板端口设置"_s);
+  m_pages->addTab(Page(u"TabSheet7"_s, link, {apply5}), u"外部接口配置"_s);
+
+  auto *outer = new QVBoxLayout(this);
+  outer->setContentsMargins(12, 12, 12, 12);
+  outer->addWidget(m_pages);
+
+  setTabOrder(m_hostIP, m_outNo);
+  setTabOrder(m_outNo, m_ldNo);
+  setTabOrder(m_ldNo, apply1);
+  setTabOrder(apply1, cancel1);
+  setTabOrder(m_dbFile, browse);
+  setTabOrder(browse, apply2);
+  setTabOrder(apply2, cancel2);
+
+  BindLanguage(m_logic, this);
+
+  const auto onClick = [this](QPushButton *button, void (Tsysset_Form::*handler)()) {
+    connect(button, &QPushButton::clicked, this,
+            [this, handler] { Run([this, handler] { (m_logic.*handler)(); }); });
+  };
+  onClick(apply1, &Tsysset_Form::TeEffectButton1Click);
+  onClick(cancel1, &Tsysset_Form::TeEffectButton2Click);
+  onClick(browse, &Tsysset_Form::TeSpeedButton1Click);
+  onClick(apply2, &Tsysset_Form::TeEffectButton3Click);
+  onClick(cancel2, &Tsysset_Form::TeEffectButton4Click);
+  onClick(apply3, &Tsysset_Form::TeEffectButton5Click);
+  onClick(cancel3, &Tsysset_Form::TeEffectButton6Click);
+  onClick(apply4, &Tsysset_Form::TeEffectButton7Click);
+  onClick(apply5, &Tsysset_Form::TeEffectButton8Click);
+
+  // Saving the settings reads the list's checks and the link text as they
+  // stand, applied or not, so both go into the logic as soon as they change.
+  connect(m_extsPanel, &QListWidget::itemChanged, this, [this] {
+    if (!m_refreshing)
+      StoreEdits();
+  });
+  connect(m_linkURL, &QLineEdit::textEdited, this, [this] { StoreEdits(); });
+  connect(m_pages, &QTabWidget::currentChanged, this, [this](int index) {
+    if (index >= 0 && !m_refreshing)
+      m_logic.ActivePage = Tsysset_Form::Page(index);
+  });
+
+  connect(&m_logic, &TFormLogic::shown, this, &SettingsDialog::OnShown);
+  connect(&m_logic, &TFormLogic::closed, this, &QWidget::hide);
+
+  Refresh();
+  resize(sizeHint().expandedTo(QSize(480, 340)));
+  if (m_logic.Visible())
+    OnShown();
+}
+
+void SettingsDialog::OnShown() {
+  m_logic.FormShow();
+  Refresh();
+  show();
+  raise();
+  activateWindow();
+}
+
+void SettingsDialog::Refresh() {
+  m_refreshing = true;
+  m_hostIP->setText(m_logic.HostIP_LMDEdit);
+  m_hostPort->setText(m_logic.HostPort_LMDEdit);
+  m_outNo->setText(m_logic.OutNo_LMDEdit);
+  m_ldNo->setText(m_logic.LDNo_LMDEdit);
+  m_dbFile->setText(m_logic.DBFile_TeEdit);
+  m_ringFlag->setCurrentIndex(m_logic.RingFlag_TeSComboBox);
+  for (int i = 0; i < m_extsPanel->count() && i < m_logic.TeListView_ExtsPanel.size(); ++i)
+    m_extsPanel->item(i)->setCheckState(m_logic.TeListView_ExtsPanel[i].Checked ? Qt::Checked
+                                                                                : Qt::Unchecked);
+  m_linkURL->setText(m_logic.TeSEdit_LinkURL);
+  m_pages->setCurrentIndex(int(m_logic.ActivePage));
+  m_refreshing = false;
+}
+
+void SettingsDialog::StoreEdits() {
+  m_logic.HostIP_LMDEdit = m_hostIP->text();
+  m_logic.HostPort_LMDEdit = m_hostPort->text();
+  m_logic.OutNo_LMDEdit = m_outNo->text();
+  m_logic.LDNo_LMDEdit = m_ldNo->text();
+  m_logic.DBFile_TeEdit = m_dbFile->text();
+  m_logic.RingFlag_TeSComboBox = qMax(0, m_ringFlag->currentIndex());
+  for (int i = 0; i < m_extsPanel->count() && i < m_logic.TeListView_ExtsPanel.size(); ++i)
+    m_logic.TeListView_ExtsPanel[i].Checked = m_extsPanel->item(i)->checkState() == Qt::Checked;
+  m_logic.TeSEdit_LinkURL = m_linkURL->text();
+  m_logic.ActivePage = Tsysset_Form::Page(m_pages->currentIndex());
+}
+
+void SettingsDialog::reject() {
+  Run([this] { m_logic.TeEffectButton2Click(); });
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QDialog>
+
+class QComboBox;
+class QLineEdit;
+class QListWidget;
+class QTabWidget;
+class Tsysset_Form;
+
+// The settings window over Tsysset_Form: five pages, each with its own apply
+// key. Every show fills the exchange page again from the settings, since the
+// login dialog may have changed the address meanwhile.
+class SettingsDialog : public QDialog {
+  Q_OBJECT
+
+public:
+  explicit SettingsDialog(Tsysset_Form &logic, QWidget *parent = nullptr);
+
+  void Refresh();
+
+public slots:
+  void reject() override;
+
+private:
+  void StoreEdits();
+  template <typename Handler> void Run(Handler handler);
+  void OnShown();
+
+  Tsysset_Form &m_logic;
+  bool m_refreshing = false;
+  QTabWidget *m_pages;
+  QLineEdit *m_hostIP;
+  QLineEdit *m_hostPort;
+  QLineEdit *m_outNo;
+  QLineEdit *m_ldNo;
+  QLineEdit *m_dbFile;
+  QComboBox *m_ringFlag;
+  QListWidget *m_extsPanel;
+  QLineEdit *m_linkURL;
+};
