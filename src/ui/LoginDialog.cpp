@@ -48,6 +48,7 @@ LoginDialog::LoginDialog(TLogin_Form &logic, QWidget *parent) : QDialog(parent),
 
   m_pages = new QTabWidget(this);
   m_pages->setObjectName(u"Login_TePageControl"_s);
+  m_pages->setUsesScrollButtons(false);
 
   // Page 1: who logs in.
   auto *loginPage = new QWidget;

@@ -73,6 +73,8 @@ SettingsDialog::SettingsDialog(Tsysset_Form &logic, QWidget *parent)
 
   m_pages = new QTabWidget(this);
   m_pages->setObjectName(u"PageControl1"_s);
+  // Every page title stays readable in either language; the window grows instead.
+  m_pages->setUsesScrollButtons(false);
 
   // The exchange.
   m_hostIP = NamedEdit(u"HostIP_LMDEdit"_s, this);

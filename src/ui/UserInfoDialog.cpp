@@ -3,8 +3,8 @@
 #include "core/console/UserInfo_Form.h"
 #include "ui/LanguageBinding.h"
 
-#include <QDialogButtonBox>
 #include <QFontDatabase>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -29,16 +29,20 @@ UserInfoDialog::UserInfoDialog(TUserInfo_Form &logic, QWidget *parent)
   // Feature codes line up in columns as the exchange sends them.
   m_memo2->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
 
-  auto *keys = new QDialogButtonBox(QDialogButtonBox::Close, this);
-  keys->setObjectName(u"Close_Buttons"_s);
-  connect(keys, &QDialogButtonBox::rejected, this, &UserInfoDialog::reject);
+  auto *closeKey = new QPushButton(u"关 闭"_s, this);
+  closeKey->setObjectName(u"Close_TeButton"_s);
+  closeKey->setDefault(true);
+  connect(closeKey, &QPushButton::clicked, this, &UserInfoDialog::reject);
+  auto *keys = new QHBoxLayout;
+  keys->addStretch();
+  keys->addWidget(closeKey);
 
   auto *box = new QVBoxLayout(this);
   box->setContentsMargins(12, 12, 12, 12);
   box->addWidget(m_memo1);
   box->addWidget(m_memo2Title);
   box->addWidget(m_memo2, 1);
-  box->addWidget(keys);
+  box->addLayout(keys);
 
   BindLanguage(m_logic, this);
 
