@@ -18,6 +18,12 @@ TCommandLine ParseCommandLine(int argc, char **argv) {
         return cl;
       }
       cl.UdpPort = quint16(port);
+    } else if (arg == u"--screenshot"_s) {
+      if (i + 1 >= argc) {
+        cl.Error = u"--screenshot needs a file"_s;
+        return cl;
+      }
+      cl.Screenshot = QString::fromLocal8Bit(argv[++i]);
     } else if (arg == u"--login"_s) {
       cl.Login = true;
     } else if (arg == u"--home"_s) {
@@ -48,6 +54,7 @@ QString UsageText() {
          u"  --login      log in at start with the saved number and password, so an\n"
          u"               unattended front-desk PC comes up logged in\n"
          u"  --udp-port N where the exchange's status pushes arrive (default 5009)\n"
+         u"  --screenshot FILE  write a PNG of the main window 4 s after start\n"
          u"  --version    print the version and exit\n"
          u"  --help       print this text and exit\n"_s;
 }

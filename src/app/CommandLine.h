@@ -8,6 +8,7 @@ struct TCommandLine {
   bool Version = false;
   bool Login = false;     // press Login at the dialog's first show
   quint16 UdpPort = 5009; // where the exchange's pushes arrive
+  QString Screenshot;     // a PNG of the main window, taken a few seconds after start
   QString Home;           // empty: the executable's folder
   QString Error;          // set when the line can't be understood
 };

@@ -12,6 +12,7 @@
 
 #include <QApplication>
 #include <QSystemTrayIcon>
+#include <QTimer>
 
 #include <cstdio>
 
@@ -84,6 +85,12 @@ int main(int argc, char **argv) {
                      });
   }
   window.show();
+  if (!cl.Screenshot.isEmpty()) {
+    QTimer::singleShot(4000, &window, [&window, file = cl.Screenshot] {
+      if (!window.grab().save(file))
+        std::fprintf(stderr, "trunkdesk: could not write %s\n", qUtf8Printable(file));
+    });
+  }
 
   const int rc = app.exec();
   SetShell(nullptr);

@@ -91,10 +91,12 @@ TMainWindow::TMainWindow(TMain_Form &main, QWidget *parent) : QMainWindow(parent
   right->setStretchFactor(0, 4);
   right->setStretchFactor(1, 1);
 
-  auto *central = new QSplitter(Qt::Horizontal, this);
-  central->addWidget(BuildPhoneColumn());
-  central->addWidget(right);
-  central->setStretchFactor(1, 1);
+  // The phone column keeps its width like a desk phone; the pages take the rest.
+  auto *central = new QWidget(this);
+  auto *row = new QHBoxLayout(central);
+  row->setContentsMargins(6, 6, 6, 0);
+  row->addWidget(BuildPhoneColumn());
+  row->addWidget(right, 1);
   setCentralWidget(central);
 
   // Status bar: own extension, session state, clock; and the in-window notice.
@@ -198,7 +200,7 @@ void TMainWindow::BuildMenuAndToolbar() {
 QWidget *TMainWindow::BuildPhoneColumn() {
   auto *column = new QWidget(this);
   column->setObjectName(u"Dial_TeTabControl"_s);
-  column->setMaximumWidth(340);
+  column->setFixedWidth(330);
   auto *layout = new QVBoxLayout(column);
 
   // The two-line display, like the desk phone's.
