@@ -98,12 +98,14 @@ bool ConsoleProcess::Start(const QString &home, bool autoLogin, quint16 udpPort)
   if (!failed.isEmpty())
     WriteLog(u"Could not seed: "_s + failed.join(u", "_s));
 
-  m_main->FormShow();
+  return true;
+}
 
+void ConsoleProcess::FirstShow() {
+  m_main->FormShow();
   // One line for whoever started the console from a shell or a service manager.
   std::printf("trunkdesk: running, home %s\n", qUtf8Printable(AppPath()));
   std::fflush(stdout);
-  return true;
 }
 
 bool ConsoleProcess::WindowClose() {

@@ -31,6 +31,9 @@ public:
   // login dialog's first show. False when the console can't run at all (its
   // event port is taken); the reason has been shown.
   bool Start(const QString &home, bool autoLogin, quint16 udpPort = 5009);
+  // The main window's first show: the language at first show, the worker, and
+  // the login dialog when the link was never up. Once the screens exist.
+  void FirstShow();
 
   // The close that asks nothing: disconnect, settings saved, "Application
   // Close!" logged, the event loop told to end. Runs once.
@@ -40,6 +43,12 @@ public:
   bool WindowClose();
 
   TMain_Form *Main() const { return m_main.get(); }
+  TLogin_Form *Login() const { return m_login.get(); }
+  Tsysset_Form *Sysset() const { return m_sysset.get(); }
+  TUserInfo_Form *UserInfo() const { return m_userInfo.get(); }
+  TGSM_Form *Gsm() const { return m_gsm.get(); }
+  TForm_PopMsg *PopMsg() const { return m_popMsg.get(); }
+  TTasks_Form *Tasks() const { return m_tasks.get(); }
 
 private:
   std::unique_ptr<TMain_Form> m_main;

@@ -2,12 +2,23 @@
 #include "app/ConsoleProcess.h"
 #include "app/TerminationSignals.h"
 
+#include "core/console/Login_Form.h"
 #include "core/console/Main_Form.h"
+#include "core/console/UserInfo_Form.h"
 #include "core/link/SysParam.h"
+#include "devices/GSM_Unit.h"
 #include "directory/DirectoryPages.h"
+#include "directory/PopMsg_Form.h"
 #include "support/LanguagePack.h"
 #include "support/Shell.h"
+#include "support/Sysset_Unit.h"
+#include "ui/GsmDialog.h"
+#include "ui/LanguageBinding.h"
+#include "ui/LoginDialog.h"
 #include "ui/MainWindow.h"
+#include "ui/PopMsgWindow.h"
+#include "ui/SettingsDialog.h"
+#include "ui/UserInfoDialog.h"
 #include "ui/WidgetShell.h"
 
 #include <QApplication>
@@ -59,8 +70,26 @@ int main(int argc, char **argv) {
     return 1;
   }
 
+  // The program ends by its own close path, not when a dialog is the last window.
+  QApplication::setQuitOnLastWindowClosed(false);
   TMain_Form &main = *process.Main();
   TMainWindow window(main);
+  BindLanguage(main, &window);
+  auto *login = new LoginDialog(*process.Login(), &window);
+  auto *settings = new SettingsDialog(*process.Sysset(), &window);
+  auto *userInfo = new UserInfoDialog(*process.UserInfo(), &window);
+  auto *gsm = new GsmDialog(*process.Gsm(), &window);
+  PopMsgWindow popMsg(*process.PopMsg()); // no parent: it stays up when the window is minimised
+  BindLanguage(*process.Login(), login);
+  BindLanguage(*process.Sysset(), settings);
+  BindLanguage(*process.UserInfo(), userInfo);
+  BindLanguage(*process.Gsm(), gsm);
+  QObject::connect(&window, &TMainWindow::settingsRequested, &window,
+                   [&process] { process.Sysset()->Show(); });
+  QObject::connect(&main, &TMain_Form::settingsRequested, &window,
+                   [&process] { process.Sysset()->Show(); });
+  QObject::connect(&window, &TMainWindow::smsRequested, &window,
+                   [&process] { process.Gsm()->Show(); });
   window.CloseHandler = [&process] { return process.WindowClose(); };
   shell.SetMainWindow(&window);
   shell.InWindowNotice = [&window](const QString &title, const QString &text, int seconds) {
@@ -85,6 +114,7 @@ int main(int argc, char **argv) {
                      });
   }
   window.show();
+  process.FirstShow();
   if (!cl.Screenshot.isEmpty()) {
     QTimer::singleShot(4000, &window, [&window, file = cl.Screenshot] {
       if (!window.grab().save(file))
