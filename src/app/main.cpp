@@ -116,9 +116,11 @@ int main(int argc, char **argv) {
   window.show();
   process.FirstShow();
   if (!cl.Screenshot.isEmpty()) {
-    QTimer::singleShot(4000, &window, [&window, file = cl.Screenshot] {
+    // The picture, then the silent close: a script waits for the program to end.
+    QTimer::singleShot(4000, &window, [&window, &process, file = cl.Screenshot] {
       if (!window.grab().save(file))
         std::fprintf(stderr, "trunkdesk: could not write %s\n", qUtf8Printable(file));
+      process.SilentClose();
     });
   }
 
