@@ -1,0 +1,94 @@
+#pragma once
+
+#include "devices/CallControlDev.h"
+
+#include <QAbstractScrollArea>
+#include <QFont>
+#include <QPixmap>
+
+class QPainter;
+class TDeviceEvents;
+class TMain_Form;
+class TPhoneBoard;
+
+// The board of panels: one painted view over the device table. Only the panels
+// inside the viewport are drawn, so a board of 3072 devices scrolls as lightly as
+// one of ten. Every decision (order, places, scrolling, the drop, the menu's
+// contents) stays with the table, the board logic and the main form; this view
+// draws them and forwards the operator's hand.
+class TBoardView : public QAbstractScrollArea {
+  Q_OBJECT
+
+public:
+  // `main` may be null (a board on its own): then there is no menu and no click.
+  TBoardView(TCallControlDev &table, TPhoneBoard &board, TMain_Form *main,
+             QWidget *parent = nullptr);
+
+  // The device whose panel covers a point of the viewport, or -1.
+  int PanelAt(QPoint viewportPos) const;
+  // Where a device's panel stands in the viewport, scrolled.
+  QRect PanelRect(int id) const;
+  int CurrentPanel() const { return m_current; }
+
+  // Listens to the live status: one panel repaints when its device changes.
+  void ConnectEvents(TDeviceEvents &events);
+
+  // Draws the visible board into any paint device of the viewport's size.
+  void PaintBoard(QPainter &painter, const QRect &exposed);
+
+public slots:
+  // The table's scroll position or order changed behind the view's back (the
+  // find box scrolls it): the scroll bar follows and the board repaints.
+  void SyncFromTable();
+  void UpdatePanel(int id);
+
+signals:
+  // The panel menu's wake-up item; the wake-up dialog opens for this device.
+  void wakeUpRequested(int id);
+
+protected:
+  void paintEvent(QPaintEvent *event) override;
+  void resizeEvent(QResizeEvent *event) override;
+  void wheelEvent(QWheelEvent *event) override;
+  void mousePressEvent(QMouseEvent *event) override;
+  void mouseMoveEvent(QMouseEvent *event) override;
+  void mouseReleaseEvent(QMouseEvent *event) override;
+  void contextMenuEvent(QContextMenuEvent *event) override;
+  void keyPressEvent(QKeyEvent *event) override;
+  void changeEvent(QEvent *event) override;
+  bool viewportEvent(QEvent *event) override;
+  void scrollContentsBy(int dx, int dy) override;
+
+private:
+  struct Fonts {
+    QFont Number;
+    QFont Line;
+  };
+
+  void PaintPanel(QPainter &painter, int id, const QRect &rect, bool ghost);
+  void PaintGlyph(QPainter &painter, const QString &glyph, const QRect &box, const QColor &ink);
+  void PaintModuleIcons(QPainter &painter, const TPhonePanel &panel, const QRect &rect,
+                        const QColor &ink);
+  QRect IconRect(int id) const;
+  QRect DragRect() const;
+  void SetCurrent(int id);
+  void ShowMenu(int id, QPoint globalPos);
+  void UpdateFonts();
+  void CancelDrag();
+  int ContentHeight() const;
+
+  TCallControlDev &m_table;
+  TPhoneBoard &m_board;
+  TMain_Form *m_main;
+
+  Fonts m_fonts;
+  QPixmap m_trunkError; // the shipped picture of a failed trunk, when there is one
+  int m_current = -1;
+  int m_pressId = -1;
+  bool m_pressOnIcon = false;
+  QPoint m_pressPos;
+  bool m_dragging = false;
+  QPoint m_dragPos;
+  QPoint m_dragOffset;
+  int m_wheelRest = 0; // a wheel turns in steps of a notch; smooth wheels add up to one
+};
