@@ -34,6 +34,7 @@ constexpr int kStatusTop = 21;
 constexpr int kNameTop = 38;
 constexpr int kDragThreshold = 5;
 constexpr int kFrame = 3; // the focus frame stands this far outside the panel
+constexpr int kEdge = 16; // a dragged panel this near the top or bottom scrolls the board
 
 const QColor kDarkInk(24, 24, 28);
 const QColor kLightInk(250, 250, 250);
@@ -201,6 +202,13 @@ TBoardView::TBoardView(TCallControlDev &table, TPhoneBoard &board, TMain_Form *m
     m_trunkError.load(picture);
 
   connect(&m_board, &TPhoneBoard::boardChanged, this, &TBoardView::SyncFromTable);
+  m_edgeScroll.setInterval(40);
+  connect(&m_edgeScroll, &QTimer::timeout, this, [this] {
+    if (m_dragging)
+      m_board.Wheel(m_edgeDown);
+    else
+      m_edgeScroll.stop();
+  });
   if (m_main)
     ConnectEvents(m_main->DeviceEvents());
 }
@@ -471,11 +479,19 @@ void TBoardView::mouseMoveEvent(QMouseEvent *event) {
     if (qMax(qAbs(d.x()), qAbs(d.y())) <= kDragThreshold)
       return;
     m_dragging = true;
+    m_dragPos = pos;
     UpdatePanel(m_pressId);
   }
   viewport()->update(DragRect());
   m_dragPos = pos;
   viewport()->update(DragRect());
+  const bool nearTop = pos.y() < kEdge;
+  const bool nearBottom = pos.y() > viewport()->height() - kEdge;
+  m_edgeDown = nearBottom;
+  if (nearTop || nearBottom)
+    m_edgeScroll.start();
+  else
+    m_edgeScroll.stop();
 }
 
 void TBoardView::mouseReleaseEvent(QMouseEvent *event) {
@@ -499,6 +515,7 @@ void TBoardView::mouseReleaseEvent(QMouseEvent *event) {
 }
 
 void TBoardView::CancelDrag() {
+  m_edgeScroll.stop();
   if (m_dragging) {
     viewport()->update(DragRect());
     m_dragging = false;

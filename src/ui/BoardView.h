@@ -5,6 +5,7 @@
 #include <QAbstractScrollArea>
 #include <QFont>
 #include <QPixmap>
+#include <QTimer>
 
 class QPainter;
 class TDeviceEvents;
@@ -91,4 +92,8 @@ private:
   QPoint m_dragPos;
   QPoint m_dragOffset;
   int m_wheelRest = 0; // a wheel turns in steps of a notch; smooth wheels add up to one
+  // A panel held at the top or bottom edge scrolls the board, a wheel step a tick,
+  // so it can travel to any row.
+  QTimer m_edgeScroll;
+  bool m_edgeDown = false;
 };

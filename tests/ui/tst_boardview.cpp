@@ -2,13 +2,22 @@
 // one onto another (or onto its text), the wheel, the colours on screen, and the
 // legend's colour choice.
 #include "common/TestHome.h"
+#include "core/console/Main_Form.h"
+#include "core/link/Public_Unit.h"
+#include "core/link/SysParam.h"
 #include "devices/PhoneBoard.h"
+#include "support/LanguagePack.h"
 #include "ui/BoardView.h"
 #include "ui/LegendBar.h"
 #include "ui/StatusColours.h"
 
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QMenu>
 #include <QScrollBar>
+#include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 using namespace Qt::StringLiterals;
 
@@ -46,6 +55,11 @@ struct Board {
     return order;
   }
 };
+
+QList<QByteArray> g_sent;
+void Capture(void *, const char *bytes, int length) {
+  g_sent.append(QByteArray(bytes, length));
+}
 
 QList<int> Sequence(std::initializer_list<int> head) {
   QList<int> order(head);
@@ -115,6 +129,20 @@ private slots:
     QCOMPARE(b.Order(), order);
   }
 
+  void panelHeldAtTheEdgeScrollsToFarRows() {
+    Board b;
+    const QPoint from = b.view.PanelRect(kFirst).center();
+    const QPoint edge(200, b.Viewport()->height() - 4);
+    QTest::mousePress(b.Viewport(), Qt::LeftButton, {}, from);
+    QTest::mouseMove(b.Viewport(), from + QPoint(20, 20));
+    QTest::mouseMove(b.Viewport(), edge);
+    QTRY_COMPARE_WITH_TIMEOUT(b.table.ScrollY, 61, 10000); // as far as the board goes
+    const QPoint last = b.view.PanelRect(kFirst + kPanels - 1).center();
+    QTest::mouseMove(b.Viewport(), last);
+    QTest::mouseRelease(b.Viewport(), Qt::LeftButton, {}, last);
+    QCOMPARE(b.Order(), Sequence({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 0}));
+  }
+
   void wheelScrollsByTenAndTheBarFollows() {
     Board b;
     const QPoint at(200, 60);
@@ -151,6 +179,62 @@ private slots:
     QCOMPARE(shot.pixelColor(centre), QColor(Qt::red));
     const QPoint idle = b.view.PanelRect(kFirst + 6).center() * shot.devicePixelRatio();
     QCOMPARE(shot.pixelColor(idle), ToQColor(clBtnFace, b.view.palette()));
+  }
+
+  void panelMenuFollowsTheDeviceAndReachesTheMainForm() {
+    TestHome home;
+    home.UseChinese();
+    TMain_Form main;
+    SysParam() = TNetPhone_SysParam{};
+    SysParam().MyID = 3;
+    g_sent.clear();
+    SetPacketOutlet(&Capture, nullptr);
+    TCallControlDev &table = main.CallControlDev();
+    for (int id : {40, 41}) {
+      table.AddPanel(id);
+      table.Record(id).DevType = id == 40 ? AnalogTrunk : AnalogExtension;
+      table.Record(id).TelNos = u"80%1"_s.arg(id);
+    }
+    TBoardView view(table, main.Board(), &main);
+    view.resize(400, 200);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+
+    // Opens the menu over a panel, notes the items shown and chooses one.
+    auto choose = [&](int id, const QString &item) {
+      QMap<QString, QString> shown;
+      QTimer::singleShot(0, this, [&] {
+        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        if (!menu)
+          return;
+        for (QAction *a : menu->actions()) {
+          if (a->isVisible())
+            shown.insert(a->objectName(), a->text());
+          if (a->objectName() == item)
+            a->trigger();
+        }
+        menu->close();
+      });
+      const QPoint at = view.PanelRect(id).center();
+      QContextMenuEvent event(QContextMenuEvent::Mouse, at, view.viewport()->mapToGlobal(at));
+      QApplication::sendEvent(view.viewport(), &event);
+      return shown;
+    };
+    const auto trunk = choose(40, u"PopMenu_ResetTrunk"_s);
+    QCOMPARE(trunk.keys(), (QStringList{u"PopMenu_ResetTrunk"_s, u"test1"_s}));
+    QCOMPARE(trunk.value(u"test1"_s), LangText(422));
+    QCOMPARE(g_sent.size(), 1);
+    QCOMPARE(GetU16(g_sent[0].constData(), 12), quint16(150));
+    QCOMPARE(GetU16(g_sent[0].constData(), 16), quint16(40));
+
+    QSignalSpy wakeUp(&view, &TBoardView::wakeUpRequested);
+    const auto extension = choose(41, u"N2"_s);
+    QCOMPARE(extension.keys(), (QStringList{u"N15"_s, u"N2"_s, u"test1"_s}));
+    QCOMPARE(extension.value(u"N15"_s), u"转移"_s);
+    QCOMPARE(wakeUp.size(), 1);
+    QCOMPARE(wakeUp[0][0].toInt(), 41);
+    QCOMPARE(view.CurrentPanel(), 41);
+    SetPacketOutlet(nullptr, nullptr);
   }
 
   void legendDoubleClickSetsTheTableEntry() {
