@@ -102,10 +102,11 @@ void TrunkMark(QPainter &p, const QRectF &box, bool error) {
     p.drawLine(QPointF(c.x() + 3.5, c.y() - 3.5), QPointF(c.x() - 3.5, c.y() + 3.5));
     return;
   }
-  // Two lines of a trunk with the exchange's tap between them.
-  p.drawLine(QPointF(c.x() - 4.5, c.y() - 2), QPointF(c.x() + 4.5, c.y() - 2));
-  p.drawLine(QPointF(c.x() - 4.5, c.y() + 2), QPointF(c.x() + 4.5, c.y() + 2));
-  p.drawLine(QPointF(c.x(), c.y() - 4.5), QPointF(c.x(), c.y() + 4.5));
+  // A trunk carries calls both ways: an arrow out over an arrow in.
+  p.drawLine(QPointF(c.x() - 4.5, c.y() - 2.2), QPointF(c.x() + 4.5, c.y() - 2.2));
+  p.drawLine(QPointF(c.x() + 4.5, c.y() - 2.2), QPointF(c.x() + 2.5, c.y() - 4.2));
+  p.drawLine(QPointF(c.x() - 4.5, c.y() + 2.2), QPointF(c.x() + 4.5, c.y() + 2.2));
+  p.drawLine(QPointF(c.x() - 4.5, c.y() + 2.2), QPointF(c.x() - 2.5, c.y() + 4.2));
 }
 
 void SignalBars(QPainter &p, const QRectF &box, int level, const QColor &ink) {
@@ -364,14 +365,13 @@ void TBoardView::PaintPanel(QPainter &painter, int id, const QRect &rect, bool g
 
   if (panel.PhoneButtonVisible && !panel.PhoneButtonGlyph.isEmpty())
     PaintGlyph(painter, panel.PhoneButtonGlyph,
-               QRect(rect.left() + kPad, rect.top() + kPad, kIcon, kIcon), ink);
+               QRect(rect.left() + kPad, rect.top() + kPad, kIcon, kIcon));
   if (panel.ModuleIconsVisible)
     PaintModuleIcons(painter, panel, rect, ink);
   painter.restore();
 }
 
-void TBoardView::PaintGlyph(QPainter &painter, const QString &glyph, const QRect &box,
-                            const QColor &) {
+void TBoardView::PaintGlyph(QPainter &painter, const QString &glyph, const QRect &box) {
   const QRectF b(box);
   if (glyph == u"Template_TrunkSpeedButton"_s) {
     TrunkMark(painter, b, false);
@@ -427,15 +427,11 @@ void TBoardView::resizeEvent(QResizeEvent *event) {
 
 void TBoardView::wheelEvent(QWheelEvent *event) {
   m_wheelRest += event->angleDelta().y();
-  bool moved = false;
   while (qAbs(m_wheelRest) >= QWheelEvent::DefaultDeltasPerStep) {
     const bool down = m_wheelRest < 0;
     m_wheelRest += down ? QWheelEvent::DefaultDeltasPerStep : -QWheelEvent::DefaultDeltasPerStep;
     m_board.Wheel(down);
-    moved = true;
   }
-  if (moved && m_dragging)
-    viewport()->update();
   event->accept();
 }
 

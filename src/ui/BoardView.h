@@ -67,7 +67,7 @@ private:
   };
 
   void PaintPanel(QPainter &painter, int id, const QRect &rect, bool ghost);
-  void PaintGlyph(QPainter &painter, const QString &glyph, const QRect &box, const QColor &ink);
+  void PaintGlyph(QPainter &painter, const QString &glyph, const QRect &box);
   void PaintModuleIcons(QPainter &painter, const TPhonePanel &panel, const QRect &rect,
                         const QColor &ink);
   QRect IconRect(int id) const;

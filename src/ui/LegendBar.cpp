@@ -20,7 +20,6 @@ class LegendPanel : public QWidget {
 public:
   LegendPanel(TLegendBar &bar, int tag) : QWidget(&bar), m_bar(bar), m_tag(tag) {
     setObjectName(LegendPanelName(tag));
-    setToolTip(QString()); // the caption says it all
     setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
   }
 
