@@ -12,8 +12,10 @@
 #include "support/LanguagePack.h"
 #include "support/Shell.h"
 #include "support/Sysset_Unit.h"
+#include "ui/BoardView.h"
 #include "ui/GsmDialog.h"
 #include "ui/LanguageBinding.h"
+#include "ui/LegendBar.h"
 #include "ui/LoginDialog.h"
 #include "ui/MainWindow.h"
 #include "ui/PopMsgWindow.h"
@@ -22,8 +24,12 @@
 #include "ui/WidgetShell.h"
 
 #include <QApplication>
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QSystemTrayIcon>
 #include <QTimer>
+#include <QVBoxLayout>
 
 #include <cstdio>
 
@@ -74,6 +80,45 @@ int main(int argc, char **argv) {
   QApplication::setQuitOnLastWindowClosed(false);
   TMain_Form &main = *process.Main();
   TMainWindow window(main);
+  // The board page: the legend, the layout buttons and the find box over the board.
+  auto *boardPage = new QWidget(&window);
+  auto *boardLayout = new QVBoxLayout(boardPage);
+  boardLayout->setContentsMargins(4, 4, 4, 4);
+  auto *legend = new TLegendBar(main.CallControlDev(), main.Board(), boardPage);
+  auto *board = new TBoardView(main.CallControlDev(), main.Board(), &main, boardPage);
+  auto *buttons = new QHBoxLayout;
+  const struct {
+    const char *Name;
+    const char16_t *Text;
+    void (TMain_Form::*Click)();
+  } kBoardKeys[] = {
+      {"RefrshPhones_tefxButton", u"刷新状态", &TMain_Form::RefrshPhones_tefxButtonClick},
+      {"LoadPhones_tefxButton", u"载入布局", &TMain_Form::LoadPhones_tefxButtonClick},
+      {"savePhones_tefxButton", u"保存布局", &TMain_Form::savePhones_tefxButtonClick}};
+  for (const auto &k : kBoardKeys) {
+    auto *b = new QPushButton(QString::fromUtf16(k.Text), boardPage);
+    b->setObjectName(QLatin1StringView(k.Name));
+    const auto click = k.Click;
+    QObject::connect(b, &QPushButton::clicked, &main, [&main, board, click] {
+      RunGuarded([&] { (main.*click)(); });
+      board->SyncFromTable();
+    });
+    buttons->addWidget(b);
+  }
+  buttons->addStretch(1);
+  auto *find = new QLineEdit(boardPage);
+  find->setObjectName(QStringLiteral("FindExt_TeEdit"));
+  find->setPlaceholderText(QStringLiteral("查找分机"));
+  find->setMaximumWidth(160);
+  QObject::connect(find, &QLineEdit::returnPressed, &main, [&main, board, find] {
+    main.FindExtension(find->text().trimmed());
+    board->SyncFromTable();
+  });
+  buttons->addWidget(find);
+  boardLayout->addWidget(legend);
+  boardLayout->addLayout(buttons);
+  boardLayout->addWidget(board, 1);
+  window.SetBoard(boardPage);
   BindLanguage(main, &window);
   auto *login = new LoginDialog(*process.Login(), &window);
   auto *settings = new SettingsDialog(*process.Sysset(), &window);
@@ -95,8 +140,15 @@ int main(int argc, char **argv) {
   shell.InWindowNotice = [&window](const QString &title, const QString &text, int seconds) {
     window.ShowNotice(title, text, seconds);
   };
-  QObject::connect(&window, &TMainWindow::languageRequested, &window,
-                   [](int id) { SelectLanguage(id); });
+  // The texts change first; then what measures or paints them follows.
+  const auto retranslate = [legend, board] {
+    legend->Retranslate();
+    board->viewport()->update();
+  };
+  QObject::connect(&window, &TMainWindow::languageRequested, &window, [retranslate](int id) {
+    SelectLanguage(id);
+    retranslate();
+  });
   // A click on a balloon brings the window back and, while a call rings, its caller.
   QObject::connect(&shell, &WidgetShell::balloonClicked, &window, [&window, &main] {
     window.showNormal();
@@ -114,7 +166,8 @@ int main(int argc, char **argv) {
                      });
   }
   window.show();
-  process.FirstShow();
+  process.FirstShow(); // loads the language of the settings
+  retranslate();
   if (!cl.Screenshot.isEmpty()) {
     // The picture, then the silent close: a script waits for the program to end.
     QTimer::singleShot(4000, &window, [&window, &process, file = cl.Screenshot] {

@@ -307,9 +307,23 @@ QWidget *TMainWindow::BuildCallLists() {
   auto *tabs = new QTabWidget(this);
   tabs->setObjectName(u"ConRecords_TePageControl"_s);
   TDirectoryPages &p = m_main.Pages();
-  tabs->addTab(ListView(u"lostIncom_LMDListBox"_s, &p.lostIncom_LMDListBox, tabs), u"未接来电"_s);
-  tabs->addTab(ListView(u"Incomed_LMDListBox"_s, &p.Incomed_LMDListBox, tabs), u"已接来电"_s);
-  tabs->addTab(ListView(u"dialOut_LMDListBox"_s, &p.dialOut_LMDListBox, tabs), u"已拨电话"_s);
+  // Each list on a page of its own name, which the language texts address.
+  const struct {
+    const char16_t *Page;
+    const char16_t *List;
+    const char16_t *Caption;
+    TCallListModel *Model;
+  } kLists[] = {{u"Lost_TeTabSheet", u"lostIncom_LMDListBox", u"未接来电", &p.lostIncom_LMDListBox},
+                {u"Incomed_TeTabSheet", u"Incomed_LMDListBox", u"已接来电", &p.Incomed_LMDListBox},
+                {u"DialOut_TeTabSheet", u"dialOut_LMDListBox", u"已拨电话", &p.dialOut_LMDListBox}};
+  for (const auto &l : kLists) {
+    auto *page = new QWidget(tabs);
+    page->setObjectName(QString::fromUtf16(l.Page));
+    auto *layout = new QVBoxLayout(page);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(ListView(QString::fromUtf16(l.List), l.Model, page));
+    tabs->addTab(page, QString::fromUtf16(l.Caption));
+  }
   return tabs;
 }
 
