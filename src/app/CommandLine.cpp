@@ -24,6 +24,8 @@ TCommandLine ParseCommandLine(int argc, char **argv) {
         return cl;
       }
       cl.Screenshot = QString::fromLocal8Bit(argv[++i]);
+    } else if (arg == u"--demo"_s) {
+      cl.Demo = true;
     } else if (arg == u"--login"_s) {
       cl.Login = true;
     } else if (arg == u"--home"_s) {
@@ -44,13 +46,15 @@ TCommandLine ParseCommandLine(int argc, char **argv) {
 }
 
 QString UsageText() {
-  return u"Usage: trunkdesk [--home DIR] [--login] [--udp-port N] [--help] [--version]\n"
+  return u"Usage: trunkdesk [--demo] [--home DIR] [--login] [--udp-port N] [--help] [--version]\n"
          u"\n"
          u"Trunkdesk, the attendant console of an IP telephone exchange.\n"
          u"\n"
          u"  --home DIR   keep settings, language packs, the database and the log in DIR\n"
          u"               (default: the folder of the program); missing files are\n"
          u"               copied in at start, nothing present is overwritten\n"
+         u"  --demo       a simulated hotel exchange inside the console, logged in to it\n"
+         u"               with a throwaway home: a working console with one command\n"
          u"  --login      log in at start with the saved number and password, so an\n"
          u"               unattended front-desk PC comes up logged in\n"
          u"  --udp-port N where the exchange's status pushes arrive (default 5009)\n"

@@ -7,6 +7,7 @@ struct TCommandLine {
   bool Help = false;
   bool Version = false;
   bool Login = false;     // press Login at the dialog's first show
+  bool Demo = false;      // a simulated hotel exchange inside the process
   quint16 UdpPort = 5009; // where the exchange's pushes arrive
   QString Screenshot;     // a PNG of the main window, taken a few seconds after start
   QString Home;           // empty: the executable's folder

@@ -1,5 +1,6 @@
 #include "app/CommandLine.h"
 #include "app/ConsoleProcess.h"
+#include "app/DemoExchange.h"
 #include "app/TerminationSignals.h"
 
 #include "core/console/Login_Form.h"
@@ -71,7 +72,13 @@ int main(int argc, char **argv) {
   QObject::connect(&app, &QGuiApplication::commitDataRequest, &process,
                    [&process](QSessionManager &) { process.SilentClose(); });
 
-  if (!process.Start(cl.Home, cl.Login, cl.UdpPort)) {
+  DemoExchange demo;
+  const bool demoUp = cl.Demo && demo.Start();
+  if (cl.Demo && !demoUp)
+    std::fprintf(stderr, "trunkdesk: the demo exchange could not start\n");
+  const QString home = demoUp ? demo.Home() : cl.Home;
+  const quint16 udpPort = demoUp ? demo.EventPort() : cl.UdpPort;
+  if (!process.Start(home, cl.Login || demoUp, udpPort)) {
     SetShell(nullptr);
     return 1;
   }

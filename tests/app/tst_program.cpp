@@ -204,6 +204,15 @@ private slots:
     QVERIFY(!log.contains(u"No Pulse!!!"_s));
   }
 
+  // --demo brings its own exchange and logs in to it; a signal ends it cleanly.
+  void demoRunsAndCloses() {
+    QTemporaryDir dir;
+    const Run run = RunAndSignal(dir.path(), SIGTERM, {u"--demo"_s});
+    QCOMPARE(run.Status, QProcess::NormalExit);
+    QCOMPARE(run.ExitCode, 0);
+    QVERIFY(run.Out.contains("running"));
+  }
+
   // The exchange's pushes can't reach a console whose port is taken: it says so
   // and ends, rather than running blind.
   void takenEventPortEndsTheProgram() {

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <memory>
+
+class ExchangeSim;
+
+// `trunkdesk --demo`: a small hotel's exchange inside the console's own process,
+// on loopback, and a throwaway program folder whose settings log in to it. Rooms
+// change state, calls ring in now and then, call records arrive: a newcomer sees
+// a working console with one command. An operator with a real exchange starts
+// the console without it.
+class DemoExchange : public QObject {
+  Q_OBJECT
+
+public:
+  DemoExchange();
+  ~DemoExchange() override;
+
+  // Starts the exchange and writes the home's settings; false if it can't listen.
+  bool Start();
+  QString Home() const { return m_home.path(); }
+  quint16 EventPort() const { return m_eventPort; }
+
+private:
+  void RingSomeone();
+
+  QTemporaryDir m_home;
+  std::unique_ptr<ExchangeSim> m_sim;
+  quint16 m_eventPort = 0;
+  QTimer m_calls;
+  int m_callNo = 0;
+};
