@@ -10,6 +10,7 @@
 #include "devices/GSM_Unit.h"
 #include "directory/DirectoryPages.h"
 #include "directory/PopMsg_Form.h"
+#include "directory/Tasks_Unit.h"
 #include "support/LanguagePack.h"
 #include "support/Shell.h"
 #include "support/Sysset_Unit.h"
@@ -27,6 +28,7 @@
 #include <QApplication>
 #include <QHBoxLayout>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
 #include <QSystemTrayIcon>
 #include <QTimer>
@@ -164,6 +166,23 @@ int main(int argc, char **argv) {
       main.Pages().ShowIncomingDirect(SysParam().CallerNo);
   });
   if (QSystemTrayIcon *tray = shell.Tray()) {
+    // The tray's menu, and its single click: the tasks due today, overdue and later.
+    auto *trayMenu = new QMenu(&window);
+    trayMenu
+        ->addAction(QStringLiteral("显示主界面"), &window,
+                    [&window] {
+                      window.showNormal();
+                      window.activateWindow();
+                    })
+        ->setObjectName(QStringLiteral("N7"));
+    trayMenu->addAction(QStringLiteral("退出"), &window, &QWidget::close)
+        ->setObjectName(QStringLiteral("N9"));
+    tray->setContextMenu(trayMenu);
+    QObject::connect(tray, &QSystemTrayIcon::activated, &window,
+                     [&process](QSystemTrayIcon::ActivationReason r) {
+                       if (r == QSystemTrayIcon::Trigger)
+                         RunGuarded([&process] { process.Tasks()->TrayIconClick(); });
+                     });
     QObject::connect(tray, &QSystemTrayIcon::activated, &window,
                      [&window](QSystemTrayIcon::ActivationReason r) {
                        if (r == QSystemTrayIcon::DoubleClick) {

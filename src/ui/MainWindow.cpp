@@ -7,6 +7,7 @@
 #include "support/LanguagePack.h"
 #include "support/Log.h"
 #include "support/Settings.h"
+#include "support/Shell.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -39,8 +40,33 @@ QPushButton *Key(const QString &name, const QString &text, QWidget *parent) {
   return b;
 }
 
-QTableView *ListView(const QString &name, QAbstractItemModel *model, QWidget *parent) {
-  auto *v = new QTableView(parent);
+// A call list: the view's selection is the model's, and the Delete key removes
+// the selected rows after the operator's yes.
+class CallListView : public QTableView {
+public:
+  CallListView(TCallListModel *list, TDirectoryPages *pages, QWidget *parent)
+      : QTableView(parent), m_list(list), m_pages(pages) {}
+
+protected:
+  void keyPressEvent(QKeyEvent *event) override {
+    if (event->key() == Qt::Key_Delete && m_list && m_pages) {
+      for (int row = 0; row < m_list->Count(); ++row)
+        m_list->SetSelected(row, selectionModel()->isRowSelected(row, QModelIndex()));
+      RunGuarded([this] { m_pages->DeleteSelectedCallItems(*m_list); });
+      return;
+    }
+    QTableView::keyPressEvent(event);
+  }
+
+private:
+  TCallListModel *m_list;
+  TDirectoryPages *m_pages;
+};
+
+QTableView *ListView(const QString &name, QAbstractItemModel *model, QWidget *parent,
+                     TDirectoryPages *pages = nullptr) {
+  auto *list = qobject_cast<TCallListModel *>(model);
+  QTableView *v = list ? new CallListView(list, pages, parent) : new QTableView(parent);
   v->setObjectName(name);
   v->setModel(model);
   v->setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -321,7 +347,7 @@ QWidget *TMainWindow::BuildCallLists() {
     page->setObjectName(QString::fromUtf16(l.Page));
     auto *layout = new QVBoxLayout(page);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(ListView(QString::fromUtf16(l.List), l.Model, page));
+    layout->addWidget(ListView(QString::fromUtf16(l.List), l.Model, page, &p));
     tabs->addTab(page, QString::fromUtf16(l.Caption));
   }
   return tabs;
