@@ -101,3 +101,13 @@ QVariant TCallListModel::headerData(int section, Qt::Orientation orientation, in
     return {};
   return Headers[size_t(section)];
 }
+
+bool TCallListModel::setHeaderData(int section, Qt::Orientation orientation, const QVariant &value,
+                                   int role) {
+  if (orientation != Qt::Horizontal || section < 0 || section >= kColumnCount ||
+      (role != Qt::EditRole && role != Qt::DisplayRole))
+    return false;
+  Headers[size_t(section)] = value.toString();
+  emit headerDataChanged(orientation, section, section);
+  return true;
+}

@@ -48,6 +48,9 @@ public:
   QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
   QVariant headerData(int section, Qt::Orientation orientation,
                       int role = Qt::DisplayRole) const override;
+  // The language texts set the section titles through the view.
+  bool setHeaderData(int section, Qt::Orientation orientation, const QVariant &value,
+                     int role = Qt::EditRole) override;
 
 private:
   struct Row {
