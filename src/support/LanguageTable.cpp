@@ -338,6 +338,15 @@ const TLanguageRow kRows[] = {
     {825, "TGSM_Form", "SMSBody_TeLabel", TextProperty::Caption, 0},
     {826, "TGSM_Form", "TeButton1", TextProperty::Caption, 0},
     {827, "TGSM_Form", "TeButton2", TextProperty::Caption, 0},
+    // Windows and keys that joined with the screens
+    {828, "Tsysset_Form", "Tsysset_Form", TextProperty::Caption, 0},
+    {829, "Tsysset_Form", "TabSheet6", TextProperty::Caption, 0},
+    {830, "Tsysset_Form", "TabSheet7", TextProperty::Caption, 0},
+    {831, "Tsysset_Form", "TeEffectButton7", TextProperty::Caption, 0},
+    {832, "Tsysset_Form", "TeEffectButton8", TextProperty::Caption, 0},
+    {833, "TUserInfo_Form", "TUserInfo_Form", TextProperty::Caption, 0},
+    {834, "TForm_PopMsg", "TForm_PopMsg", TextProperty::Caption, 0},
+    {835, "TMain_Form", "dial_TeButton", TextProperty::Caption, 0},
 };
 
 } // namespace

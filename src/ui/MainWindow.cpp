@@ -323,6 +323,7 @@ QWidget *TMainWindow::BuildPhoneColumn() {
 
   // The calls ringing now.
   auto *incoming = new QLabel(u"最新来电"_s, column);
+  incoming->setObjectName(u"Incoming_TeTabSheet"_s); // its language text is the hidden page's
   layout->addWidget(incoming);
   layout->addWidget(
       ListView(u"Incomings_LMDListBox"_s, &m_main.Pages().Incomings_LMDListBox, column), 1);
