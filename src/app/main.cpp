@@ -22,6 +22,7 @@
 #include "ui/MainWindow.h"
 #include "ui/PopMsgWindow.h"
 #include "ui/SettingsDialog.h"
+#include "ui/TasksWindow.h"
 #include "ui/UserInfoDialog.h"
 #include "ui/WidgetShell.h"
 

@@ -1,0 +1,168 @@
+#include "ui/TasksWindow.h"
+
+#include "directory/TaskEdit_Unit.h"
+#include "directory/TaskModel.h"
+#include "directory/Tasks_Unit.h"
+#include "support/Shell.h"
+
+#include <QDateTimeEdit>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QStyledItemDelegate>
+#include <QTableView>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+// Deadline colours from the grid's colour role.
+class DeadlineDelegate : public QStyledItemDelegate {
+public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+protected:
+  void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override {
+    QStyledItemDelegate::initStyleOption(option, index);
+    const auto colour = TTaskColour(index.data(TTaskGrid::ColourRole).toInt());
+    const unsigned rgb = colour == TTaskColour::Overdue ? kTaskOverdueRgb
+                         : colour == TTaskColour::Ahead ? kTaskAheadRgb
+                                                        : 0;
+    if (rgb)
+      option->backgroundBrush = QColor::fromRgb(rgb);
+  }
+};
+
+QPushButton *Key(const QString &name, const QString &text, QWidget *parent) {
+  auto *b = new QPushButton(text, parent);
+  b->setObjectName(name);
+  return b;
+}
+} // namespace
+
+TasksWindow::TasksWindow(TTasks_Form &tasks, QWidget *parent)
+    : QWidget(parent, Qt::Window), m_tasks(tasks) {
+  setObjectName(u"TTasks_Form"_s);
+  setWindowTitle(u"事务管理"_s);
+  resize(520, 420);
+  auto *layout = new QVBoxLayout(this);
+  auto *keys = new QHBoxLayout;
+  const struct {
+    const char16_t *Name;
+    const char16_t *Text;
+    void (TTasks_Form::*Click)();
+  } kKeys[] = {{u"TeButton2", u"未完成事务", &TTasks_Form::TeButton2Click},
+               {u"TeButton1", u"已完成事务", &TTasks_Form::TeButton1Click},
+               {u"TeSpeedButton1", u"新建", &TTasks_Form::TeSpeedButton1Click},
+               {u"TeSpeedButton2", u"删除", &TTasks_Form::TeSpeedButton2Click},
+               {u"TeSpeedButton3", u"排序", &TTasks_Form::TeSpeedButton3Click},
+               {u"init_TeSpeedButton", u"刷新", &TTasks_Form::init_TeSpeedButtonClick}};
+  for (const auto &k : kKeys) {
+    auto *b = Key(QString::fromUtf16(k.Name), QString::fromUtf16(k.Text), this);
+    const auto click = k.Click;
+    connect(b, &QPushButton::clicked, this,
+            [this, click] { RunGuarded([&] { (m_tasks.*click)(); }); });
+    keys->addWidget(b);
+  }
+  keys->addStretch(1);
+  layout->addLayout(keys);
+
+  m_grid = new QTableView(this);
+  m_grid->setObjectName(u"unfinishTask_AdvStringGrid"_s);
+  m_grid->setModel(&tasks.unfinishTask_AdvStringGrid);
+  m_grid->setItemDelegate(new DeadlineDelegate(m_grid));
+  m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
+  m_grid->setSelectionMode(QAbstractItemView::SingleSelection);
+  m_grid->verticalHeader()->hide();
+  m_grid->horizontalHeader()->setStretchLastSection(true);
+  for (int c = 0; c < int(tasks.ColWidths.size()); ++c)
+    m_grid->setColumnWidth(c, tasks.ColWidths[size_t(c)]);
+  layout->addWidget(m_grid, 1);
+  connect(m_grid, &QTableView::clicked, this, [this](const QModelIndex &i) {
+    m_tasks.unfinishTask_AdvStringGrid.SetCurrentRow(i.row());
+  });
+  connect(m_grid, &QTableView::doubleClicked, this, [this](const QModelIndex &i) {
+    RunGuarded([&] { m_tasks.unfinishTask_AdvStringGridDblClick(i.row()); });
+  });
+  connect(&tasks, &TFormLogic::shown, this, &QWidget::show);
+  connect(&tasks, &TFormLogic::closed, this, &QWidget::hide);
+}
+
+void TasksWindow::Toggle() {
+  if (isVisible()) {
+    hide();
+  } else {
+    RunGuarded([this] { m_tasks.init_TeSpeedButtonClick(); });
+    show();
+    raise();
+  }
+}
+
+TaskEditWindow::TaskEditWindow(TTaskEdit_Form &edit, QWidget *parent)
+    : QWidget(parent, Qt::Window), m_edit(edit) {
+  setObjectName(u"TTaskEdit_Form"_s);
+  setWindowTitle(u"事务"_s);
+  resize(420, 360);
+  auto *form = new QFormLayout;
+  m_title = new QLineEdit(this);
+  m_title->setObjectName(u"Title_TeSEdit"_s);
+  m_context = new QPlainTextEdit(this);
+  m_context->setObjectName(u"Context_TeMemo"_s);
+  m_contacter = new QLineEdit(this);
+  m_contacter->setObjectName(u"contacter_TeEdit"_s);
+  m_deadline = new QDateTimeEdit(this);
+  m_deadline->setObjectName(u"LastTime_TeDateTimePicker"_s);
+  m_deadline->setCalendarPopup(true);
+  m_deadline->setDisplayFormat(u"yyyy-MM-dd hh:mm"_s);
+  form->addRow(u"标题:"_s, m_title);
+  form->addRow(u"内容:"_s, m_context);
+  form->addRow(u"联系人:"_s, m_contacter);
+  form->addRow(u"期限:"_s, m_deadline);
+  auto *layout = new QVBoxLayout(this);
+  layout->addLayout(form);
+  auto *keys = new QHBoxLayout;
+  const struct {
+    const char16_t *Name;
+    const char16_t *Text;
+    void (TTaskEdit_Form::*Click)();
+  } kKeys[] = {{u"save_TeButton", u"保存", &TTaskEdit_Form::save_TeButtonClick},
+               {u"finish_TeButton", u"完成", &TTaskEdit_Form::finish_TeButtonClick},
+               {u"unfinish_TeButton", u"未完成", &TTaskEdit_Form::unfinish_TeButtonClick}};
+  for (const auto &k : kKeys) {
+    auto *b = Key(QString::fromUtf16(k.Name), QString::fromUtf16(k.Text), this);
+    const auto click = k.Click;
+    connect(b, &QPushButton::clicked, this, [this, click] {
+      ToLogic();
+      RunGuarded([&] { (m_edit.*click)(); });
+      FromLogic();
+    });
+    keys->addWidget(b);
+  }
+  keys->addStretch(1);
+  layout->addLayout(keys);
+  connect(&edit, &TFormLogic::shown, this, [this] {
+    FromLogic();
+    show();
+    raise();
+  });
+  connect(&edit, &TFormLogic::closed, this, &QWidget::hide);
+}
+
+void TaskEditWindow::FromLogic() {
+  m_title->setText(m_edit.Title_TeSEdit);
+  m_context->setPlainText(m_edit.Context_TeMemo);
+  m_contacter->setText(m_edit.contacter_TeEdit);
+  const QDateTime deadline = m_edit.LastTime_TeDateTimePicker.ToQDateTime();
+  m_deadline->setDateTime(deadline.isValid() ? deadline : QDateTime::currentDateTime());
+}
+
+void TaskEditWindow::ToLogic() {
+  m_edit.Title_TeSEdit = m_title->text();
+  m_edit.Context_TeMemo = m_context->toPlainText();
+  m_edit.contacter_TeEdit = m_contacter->text();
+  m_edit.LastTime_TeDateTimePicker = TDateTime::FromQDateTime(m_deadline->dateTime());
+}
