@@ -3,6 +3,7 @@
 #include "devices/GSM_Unit.h"
 #include "support/Shell.h"
 #include "ui/LanguageBinding.h"
+#include "ui/Named.h"
 
 #include <QFormLayout>
 #include <QHBoxLayout>
@@ -14,20 +15,6 @@
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-QLabel *NamedLabel(const QString &name, const QString &text, QWidget *parent) {
-  auto *label = new QLabel(text, parent);
-  label->setObjectName(name);
-  return label;
-}
-
-QLineEdit *NamedEdit(const QString &name, QWidget *parent) {
-  auto *edit = new QLineEdit(parent);
-  edit->setObjectName(name);
-  return edit;
-}
-} // namespace
 
 template <typename Handler> void GsmDialog::Run(Handler handler) {
   StoreEdits();

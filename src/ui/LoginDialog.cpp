@@ -3,6 +3,7 @@
 #include "core/console/Login_Form.h"
 #include "support/Shell.h"
 #include "ui/LanguageBinding.h"
+#include "ui/Named.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -17,23 +18,6 @@
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-QLabel *NamedLabel(const QString &name, const QString &text, QWidget *parent) {
-  auto *label = new QLabel(text, parent);
-  label->setObjectName(name);
-  return label;
-}
-
-QPushButton *NamedButton(const QString &name, const QString &text, QWidget *parent) {
-  auto *button = new QPushButton(text, parent);
-  button->setObjectName(name);
-  // Enter belongs to the number and password boxes, which log in themselves;
-  // a default button would log in a second time.
-  button->setAutoDefault(false);
-  return button;
-}
-} // namespace
 
 template <typename Handler> void LoginDialog::Run(Handler handler) {
   StoreEdits();

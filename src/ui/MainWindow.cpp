@@ -8,6 +8,7 @@
 #include "support/Log.h"
 #include "support/Settings.h"
 #include "support/Shell.h"
+#include "ui/Named.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -33,9 +34,9 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+// A key of the phone column: named, and tall enough to hit at a glance.
 QPushButton *Key(const QString &name, const QString &text, QWidget *parent) {
-  auto *b = new QPushButton(text, parent);
-  b->setObjectName(name);
+  QPushButton *b = NamedButton(name, text, parent);
   b->setMinimumHeight(34);
   return b;
 }

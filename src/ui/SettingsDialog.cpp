@@ -3,6 +3,7 @@
 #include "support/Shell.h"
 #include "support/Sysset_Unit.h"
 #include "ui/LanguageBinding.h"
+#include "ui/Named.h"
 
 #include <QComboBox>
 #include <QFormLayout>
@@ -17,25 +18,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-QLabel *NamedLabel(const QString &name, const QString &text, QWidget *parent) {
-  auto *label = new QLabel(text, parent);
-  label->setObjectName(name);
-  return label;
-}
-
-QLineEdit *NamedEdit(const QString &name, QWidget *parent) {
-  auto *edit = new QLineEdit(parent);
-  edit->setObjectName(name);
-  return edit;
-}
-
-QPushButton *NamedButton(const QString &name, const QString &text, QWidget *parent) {
-  auto *button = new QPushButton(text, parent);
-  button->setObjectName(name);
-  button->setAutoDefault(false);
-  return button;
-}
-
 // A page: its fields on top, its keys at the lower right.
 QWidget *Page(const QString &name, QLayout *fields, std::initializer_list<QPushButton *> keys) {
   auto *page = new QWidget;

@@ -4,6 +4,7 @@
 #include "directory/TaskModel.h"
 #include "directory/Tasks_Unit.h"
 #include "support/Shell.h"
+#include "ui/Named.h"
 
 #include <QDateTimeEdit>
 #include <QFormLayout>
@@ -37,11 +38,6 @@ protected:
   }
 };
 
-QPushButton *Key(const QString &name, const QString &text, QWidget *parent) {
-  auto *b = new QPushButton(text, parent);
-  b->setObjectName(name);
-  return b;
-}
 } // namespace
 
 TasksWindow::TasksWindow(TTasks_Form &tasks, QWidget *parent)
@@ -62,7 +58,7 @@ TasksWindow::TasksWindow(TTasks_Form &tasks, QWidget *parent)
                {u"TeSpeedButton3", u"排序", &TTasks_Form::TeSpeedButton3Click},
                {u"init_TeSpeedButton", u"刷新", &TTasks_Form::init_TeSpeedButtonClick}};
   for (const auto &k : kKeys) {
-    auto *b = Key(QString::fromUtf16(k.Name), QString::fromUtf16(k.Text), this);
+    auto *b = NamedButton(QString::fromUtf16(k.Name), QString::fromUtf16(k.Text), this);
     const auto click = k.Click;
     connect(b, &QPushButton::clicked, this,
             [this, click] { RunGuarded([&] { (m_tasks.*click)(); }); });
@@ -133,7 +129,7 @@ TaskEditWindow::TaskEditWindow(TTaskEdit_Form &edit, QWidget *parent)
                {u"finish_TeButton", u"完成", &TTaskEdit_Form::finish_TeButtonClick},
                {u"unfinish_TeButton", u"未完成", &TTaskEdit_Form::unfinish_TeButtonClick}};
   for (const auto &k : kKeys) {
-    auto *b = Key(QString::fromUtf16(k.Name), QString::fromUtf16(k.Text), this);
+    auto *b = NamedButton(QString::fromUtf16(k.Name), QString::fromUtf16(k.Text), this);
     const auto click = k.Click;
     connect(b, &QPushButton::clicked, this, [this, click] {
       ToLogic();
