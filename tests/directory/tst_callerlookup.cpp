@@ -10,22 +10,19 @@
 #include "support/Paths.h"
 #include "support/Settings.h"
 
+#include "common/StoreFixture.h"
 #include <QSignalSpy>
+
 #include <QSqlQuery>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-bool LoadChinese(const TestHome &home) {
-  home.CopyShipped(u"ini/lang_chinese.lan"_s);
-  return LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
-}
-
 struct Desk {
   TestHome home;
   RecordingShell shell;
-  bool packLoaded = LoadChinese(home);
+  bool packLoaded = (home.UseChinese(), true);
   TDirectoryPages pages;
   TForm_PopMsg pop;
 
@@ -37,16 +34,7 @@ struct Desk {
 
   int Store(const QString &name, const QString &phone, const QString &mobile = {},
             const QString &company = {}) {
-    QSqlQuery q(StoreConnection());
-    q.prepare(u"INSERT INTO MainInfo (Name, Phone1, MobilePhone, Company, IDCard, Memo) "
-              u"VALUES (?,?,?,?,'110','note')"_s);
-    q.addBindValue(name);
-    q.addBindValue(phone);
-    q.addBindValue(mobile);
-    q.addBindValue(company);
-    if (!q.exec())
-      qFatal("insert failed");
-    return q.lastInsertId().toInt();
+    return StoreContact(name, phone, mobile, company, u"110"_s, u"note"_s);
   }
 };
 } // namespace

@@ -16,15 +16,10 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-bool LoadChinese(const TestHome &home) {
-  home.CopyShipped(u"ini/lang_chinese.lan"_s);
-  return LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
-}
-
 struct Log {
   TestHome home;
   RecordingShell shell;
-  bool packLoaded = LoadChinese(home);
+  bool packLoaded = (home.UseChinese(), true);
   TDirectoryPages pages;
 
   Log() {

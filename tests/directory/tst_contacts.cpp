@@ -9,22 +9,19 @@
 #include "support/LanguagePack.h"
 #include "support/Paths.h"
 
+#include "common/StoreFixture.h"
 #include <QSignalSpy>
 #include <QSqlQuery>
+
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-bool LoadChinese(const TestHome &home) {
-  home.CopyShipped(u"ini/lang_chinese.lan"_s);
-  return LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
-}
-
 struct Book {
   TestHome home;
   RecordingShell shell;
-  bool packLoaded = LoadChinese(home); // before the pages take their texts
+  bool packLoaded = (home.UseChinese(), true); // before the pages take their texts
   TDirectoryPages pages;
 
   Book() { Sys_DM().DataModuleCreate(); }
@@ -32,15 +29,7 @@ struct Book {
   // A contact written past the code under test.
   int Store(const QString &name, const QString &phone, const QString &mobile = {},
             const QString &company = {}) {
-    QSqlQuery q(StoreConnection());
-    q.prepare(u"INSERT INTO MainInfo (Name, Phone1, MobilePhone, Company) VALUES (?,?,?,?)"_s);
-    q.addBindValue(name);
-    q.addBindValue(phone);
-    q.addBindValue(mobile);
-    q.addBindValue(company);
-    if (!q.exec())
-      qFatal("insert failed");
-    return q.lastInsertId().toInt();
+    return StoreContact(name, phone, mobile, company);
   }
 
   QStringList Column(const QString &sql) {

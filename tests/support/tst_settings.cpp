@@ -27,9 +27,6 @@ QString ExpectedDefaultFile(const QString &dbFile) {
   return s;
 }
 
-void LoadChinese(const TestHome &home) {
-  home.UseChinese();
-}
 } // namespace
 
 class SettingsTest : public QObject {
@@ -204,7 +201,7 @@ private slots:
 
   void unreadableFileShowsStr527AndLeavesTheRecord() {
     TestHome home;
-    LoadChinese(home);
+    home.UseChinese();
     home.Write(u"ini/sys.ini/inside"_s, "a folder where the file should be");
     RecordingShell shell;
     TSysConfig c;
@@ -217,7 +214,7 @@ private slots:
 
   void unwritableHomeShowsStr528AndGoesOn() {
     TestHome home;
-    LoadChinese(home);
+    home.UseChinese();
     home.Write(u"ini/sys.ini/inside"_s, "a folder where the file should be");
     RecordingShell shell;
     TSysConfig c;
@@ -280,7 +277,7 @@ private slots:
     QFETCH(int, applyImage);
     QFETCH(int, applyKey);
     TestHome home;
-    LoadChinese(home);
+    home.UseChinese();
     home.Write(u"ini/sys.ini"_s, "[Ring]\nFlag=" + QByteArray::number(fileFlag) + "\n");
     Tsysset_Form form;
     QSignalSpy ring(&form, &Tsysset_Form::ringToneButtonChanged);
@@ -352,7 +349,7 @@ private slots:
     QFETCH(bool, create);
     QFETCH(int, key);
     TestHome home;
-    LoadChinese(home);
+    home.UseChinese();
     home.Write(u"Database/keep"_s, "");
     if (create)
       home.Write(name, "db");
