@@ -1,5 +1,6 @@
 // The operator's own extension: call states through the dispatcher, the screen
 // pop, the call log by last and new state, dialling and the call-control keys.
+#include "common/PacketCapture.h"
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
 #include "core/console/CallDirectory.h"
@@ -18,15 +19,10 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-QList<QByteArray> g_sent;
-void Capture(void *, const char *bytes, int length) {
-  g_sent.append(QByteArray(bytes, length));
-}
-
 // What went out, as "type:code" for commands and "18:digits" for dialling.
 QStringList Sent() {
   QStringList out;
-  for (const QByteArray &p : g_sent) {
+  for (const QByteArray &p : CapturedPackets) {
     const int type = GetI16(p.constData(), 6);
     if (type == 18) {
       QString digits;
@@ -77,8 +73,8 @@ struct Desk {
     SysConfig().OutNo = u"9"_s;
     main.CallDirectory = &directory;
     main.Display().Timer2.start();
-    g_sent.clear();
-    SetPacketOutlet(&Capture, nullptr);
+    CapturedPackets.clear();
+    SetPacketOutlet(&CapturePacket, nullptr);
   }
   ~Desk() { SetPacketOutlet(nullptr, nullptr); }
 
@@ -327,7 +323,7 @@ private slots:
     QFETCH(QString, sent);
     Desk d;
     d.State(4);
-    g_sent.clear();
+    CapturedPackets.clear();
     d.main.DialNumber(number);
     QCOMPARE(Sent(), QStringList{sent});
     QVERIFY(!d.main.tefxSpeedButton1_Enabled);
@@ -338,7 +334,7 @@ private slots:
     Desk d;
     d.State(1);
     d.main.DialNumber(u"8005"_s);
-    QVERIFY(g_sent.isEmpty());
+    QVERIFY(CapturedPackets.isEmpty());
     QVERIFY(d.main.Msg_Panel_Visible);
     QCOMPARE(d.main.Msg_Panel_Caption, LangFormat(260, {u"8005"_s}));
     QCOMPARE(d.main.Msg_TeLabel, LangFormat(261, {5}));
@@ -359,7 +355,7 @@ private slots:
     QVERIFY(!d.main.Msg_Panel_Visible);
     QVERIFY(SysParam().DialBuffer.isEmpty());
     d.State(4);
-    QVERIFY(g_sent.isEmpty());
+    QVERIFY(CapturedPackets.isEmpty());
     d.State(1);
     d.main.DialNumber(u"8006"_s);
     d.main.Msg_TeButton1Click();
@@ -375,7 +371,7 @@ private slots:
     d.main.DialOneDigit(5);
     d.main.HoldClick();
     d.main.Offhook_tefxButtonClick();
-    QVERIFY(g_sent.isEmpty());
+    QVERIFY(CapturedPackets.isEmpty());
   }
 
   void keypadSendsOneDigitAndShowsWhatWasKeyed() {
@@ -408,9 +404,9 @@ private slots:
     d.main.dial_TeSComboBox_SelText = u"80"_s; // a selection dials the selection
     d.main.dial_TeButtonClick();
     QCOMPARE(Sent().last(), u"18:810"_s);
-    g_sent.clear();
+    CapturedPackets.clear();
     d.main.dial_TeSComboBoxKeyPress(u'7'); // keying dials off: nothing
-    QVERIFY(g_sent.isEmpty());
+    QVERIFY(CapturedPackets.isEmpty());
     SysConfig().isAGMode = true;
     d.main.dial_TeSComboBoxKeyPress(u'7');
     QCOMPARE(Sent(), QStringList{u"18:7"_s});
@@ -433,7 +429,7 @@ private slots:
     QFETCH(QStringList, sent);
     Desk d;
     d.State(state, "8002");
-    g_sent.clear();
+    CapturedPackets.clear();
     d.main.HoldClick();
     d.main.ConferenceClick();
     d.main.LMDButton21Click();

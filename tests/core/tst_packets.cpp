@@ -1,4 +1,5 @@
 // Packets against byte vectors worked out by hand from the packet tables.
+#include "common/PacketCapture.h"
 #include "common/TestHome.h"
 #include "core/link/Public_Unit.h"
 #include "core/link/SysParam.h"
@@ -8,11 +9,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-QList<QByteArray> g_sent;
-void Capture(void *, const char *bytes, int length) {
-  g_sent.append(QByteArray(bytes, length));
-}
-
 QByteArray Hex(const char *text) {
   return QByteArray::fromHex(text);
 }
@@ -23,8 +19,8 @@ class PacketsTest : public QObject {
 
 private slots:
   void init() {
-    g_sent.clear();
-    SetPacketOutlet(&Capture, nullptr);
+    CapturedPackets.clear();
+    SetPacketOutlet(&CapturePacket, nullptr);
     SysParam() = TNetPhone_SysParam{};
   }
   void cleanup() { SetPacketOutlet(nullptr, nullptr); }
@@ -64,11 +60,11 @@ private slots:
                                 "0700"
                                 "0c00");
     sendPacket2Socket(bare.constData(), 12, 1);
-    QCOMPARE(g_sent.size(), 1);
-    QCOMPARE(g_sent[0], Hex("12191039ec00"
-                            "0100"
-                            "0700"
-                            "0c00"));
+    QCOMPARE(CapturedPackets.size(), 1);
+    QCOMPARE(CapturedPackets[0], Hex("12191039ec00"
+                                     "0100"
+                                     "0700"
+                                     "0c00"));
   }
 
   // Login 8001 / 1234: 10 00 | 00 00 | 40 00 | "8001" | "1234" | "02"
@@ -76,7 +72,7 @@ private slots:
   void loginPacket() {
     SysParam().MyID = 65535; // a login goes out without a session
     SendLogin(u"8001"_s, u"1234"_s);
-    QCOMPARE(g_sent.size(), 1);
+    QCOMPARE(CapturedPackets.size(), 1);
     QByteArray expected(64, '\0');
     expected.replace(0, 12,
                      Hex("12191039bb00"
@@ -86,7 +82,7 @@ private slots:
     expected.replace(12, 4, "8001");
     expected.replace(33, 4, "1234");
     expected.replace(54, 2, "02");
-    QCOMPARE(g_sent[0], expected);
+    QCOMPARE(CapturedPackets[0], expected);
   }
 
   void loginKeepsItsNulsWithLongAndChineseText() {
@@ -104,8 +100,8 @@ private slots:
   void phoneCommand() {
     SysParam().MyID = 5;
     SendPhoneCommand(133);
-    QCOMPARE(g_sent, QList<QByteArray>{Hex("1219103952001400050010008500"
-                                           "0000")});
+    QCOMPARE(CapturedPackets, QList<QByteArray>{Hex("1219103952001400050010008500"
+                                                    "0000")});
   }
 
   // DialDigits "1*0#" = 1, 11, 10, 12; sum 0x12+0x05+0x24+0x04+0x22 = 0x61.
@@ -120,27 +116,27 @@ private slots:
                          "2400"
                          "04"
                          "010b0a0c"));
-    QCOMPARE(g_sent, QList<QByteArray>{expected});
+    QCOMPARE(CapturedPackets, QList<QByteArray>{expected});
   }
 
   void dialDigitsKeepTwentyThree() {
     SysParam().MyID = 5;
     SendDialDigits(QByteArray(30, '\x01'));
-    QCOMPARE(int(g_sent[0][12]), 23);
-    QCOMPARE(g_sent[0].size(), 36);
+    QCOMPARE(int(CapturedPackets[0][12]), 23);
+    QCOMPARE(CapturedPackets[0].size(), 36);
   }
 
   // RecordServerQuery leaves its length 0: 25 00 05 00 00 00 10 00, sum 0x3A.
   void recordServerQueryHasNoLength() {
     SysParam().MyID = 5;
     SendRecordServerQuery();
-    QCOMPARE(g_sent, QList<QByteArray>{Hex("12191039c600"
-                                           "2500"
-                                           "0500"
-                                           "0000"
-                                           "1000"
-                                           "0000"
-                                           "00000000")});
+    QCOMPARE(CapturedPackets, QList<QByteArray>{Hex("12191039c600"
+                                                    "2500"
+                                                    "0500"
+                                                    "0000"
+                                                    "1000"
+                                                    "0000"
+                                                    "00000000")});
   }
 
   void passThroughSetsIdAndLength_data() {
@@ -161,12 +157,12 @@ private slots:
       SendPacket20(record.data());
     else
       SendPacket220(record.data());
-    QCOMPARE(g_sent.size(), 1);
-    const PacketHeader h = PacketHeader::Read(g_sent[0].constData());
+    QCOMPARE(CapturedPackets.size(), 1);
+    const PacketHeader h = PacketHeader::Read(CapturedPackets[0].constData());
     QCOMPARE(h.ID, quint16(0x0102));
     QCOMPARE(int(h.Len), size);
     QCOMPARE(h.Magic, kPacketMagic);
-    QCOMPARE(int(PacketChecksum(g_sent[0].constData(), size)), int(h.Checksum));
+    QCOMPARE(int(PacketChecksum(CapturedPackets[0].constData(), size)), int(h.Checksum));
   }
 
   // Without a session nothing but a login leaves the console.
@@ -179,7 +175,7 @@ private slots:
     SendPacket16(record);
     SendPacket20(record);
     SendPacket220(record);
-    QVERIFY(g_sent.isEmpty());
+    QVERIFY(CapturedPackets.isEmpty());
   }
 
   void callStateRecord_data() {

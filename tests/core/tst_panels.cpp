@@ -1,4 +1,5 @@
 // Panel actions and the exchange's notices about this console's calls.
+#include "common/PacketCapture.h"
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
 #include "core/console/Main_Form.h"
@@ -18,14 +19,9 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-QList<QByteArray> g_sent;
-void Capture(void *, const char *bytes, int length) {
-  g_sent.append(QByteArray(bytes, length));
-}
-
 QStringList Sent() {
   QStringList out;
-  for (const QByteArray &p : g_sent) {
+  for (const QByteArray &p : CapturedPackets) {
     const int type = GetI16(p.constData(), 6);
     if (type == 24)
       out << u"24:%1:%2"_s.arg(GetU16(p.constData(), 12)).arg(GetU16(p.constData(), 16));
@@ -48,8 +44,8 @@ struct Desk {
     SysParam() = TNetPhone_SysParam{};
     SysParam().MyID = 3;
     SysParam().MyTelNo = u"8001"_s;
-    g_sent.clear();
-    SetPacketOutlet(&Capture, nullptr);
+    CapturedPackets.clear();
+    SetPacketOutlet(&CapturePacket, nullptr);
   }
   ~Desk() { SetPacketOutlet(nullptr, nullptr); }
   void Device(int id, int type, const QString &number, int status = 1) {
@@ -105,7 +101,7 @@ private slots:
     QCOMPARE(Sent(), QStringList{u"18"_s});
     d.main.PhonePanel_PopupMenuPopup(2); // busy: refused here, nothing asked
     d.main.test1Click();
-    QCOMPARE(g_sent.size(), 1);
+    QCOMPARE(CapturedPackets.size(), 1);
     QCOMPARE(d.shell.Balloons.last().Title, LangText(364));
     QCOMPARE(d.shell.Balloons.last().Icon, BalloonIcon::Warning);
   }
@@ -139,7 +135,7 @@ private slots:
     SysParam().CallState = 4;
     d.main.dial_TeSComboBox_Text = u"   "_s;
     d.main.tefxSpeedButton2Click();
-    QVERIFY(g_sent.isEmpty());
+    QVERIFY(CapturedPackets.isEmpty());
     d.main.dial_TeSComboBox_Text = u"8005"_s;
     d.main.tefxSpeedButton2Click();
     QCOMPARE(Sent(), (QStringList{u"20:130"_s, u"18"_s}));
@@ -153,11 +149,11 @@ private slots:
     d.main.tefxButton5Click();
     d.main.tefxButton6Click();
     QCOMPARE(Sent(), (QStringList{u"24:150:40"_s, u"24:149:1"_s, u"24:149:0"_s}));
-    QCOMPARE(g_sent[0].size(), 20);
-    g_sent.clear();
+    QCOMPARE(CapturedPackets[0].size(), 20);
+    CapturedPackets.clear();
     d.main.ServiceAllowed = false; // the exchange bars it
     d.main.PopMenu_ResetTrunkClick();
-    QVERIFY(g_sent.isEmpty());
+    QVERIFY(CapturedPackets.isEmpty());
   }
 
   void phoneIconOpensTheServiceClassDialog() {

@@ -1,5 +1,6 @@
 // The device table kept true: reports of the enumeration, live status, the
 // service class answers and MixData.
+#include "common/PacketCapture.h"
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
 #include "core/link/Public_Unit.h"
@@ -16,11 +17,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-QList<QByteArray> g_sent;
-void Capture(void *, const char *bytes, int length) {
-  g_sent.append(QByteArray(bytes, length));
-}
-
 struct Report {
   int Id;
   int Type;
@@ -88,8 +84,8 @@ struct Monitor {
     SysParam() = TNetPhone_SysParam{};
     SysParam().MyID = 9;
     table.ParentWidth = 755;
-    g_sent.clear();
-    SetPacketOutlet(&Capture, nullptr);
+    CapturedPackets.clear();
+    SetPacketOutlet(&CapturePacket, nullptr);
   }
   ~Monitor() { SetPacketOutlet(nullptr, nullptr); }
   void Feed(const Report &r) {
@@ -97,9 +93,9 @@ struct Monitor {
   }
   // The last request: "type:u16 at 16".
   QString LastRequest() const {
-    if (g_sent.isEmpty())
+    if (CapturedPackets.isEmpty())
       return QString();
-    const QByteArray &p = g_sent.last();
+    const QByteArray &p = CapturedPackets.last();
     return u"%1:%2"_s.arg(GetI16(p.constData(), 6)).arg(GetU16(p.constData(), 16));
   }
 };
@@ -299,7 +295,7 @@ private slots:
     QCOMPARE(m.LastRequest(), u"36:2"_s);
     PutU16(w.data(), 16, 65535); // the end: now the recording server
     m.events.processPacketFromSocket_SrvClassName(w.constData());
-    QCOMPARE(GetI16(g_sent.last().constData(), 6), qint16(37));
+    QCOMPARE(GetI16(CapturedPackets.last().constData(), 6), qint16(37));
     PutU16(w.data(), 16, 0); // a new list starts empty
     m.events.processPacketFromSocket_SrvClassName(w.constData());
     QCOMPARE(m.events.SrvClassNames.rowCount(), 1);

@@ -1,5 +1,6 @@
 // The SMS window: word count, the send key's checks, the two packets it sends
 // (bytes against vectors worked out by hand), the time-out and the settings.
+#include "common/PacketCapture.h"
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
 #include "core/link/Public_Unit.h"
@@ -15,11 +16,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-QList<QByteArray> g_sent;
-void Capture(void *, const char *bytes, int length) {
-  g_sent.append(QByteArray(bytes, length));
-}
-
 QByteArray Hex(const char *text) {
   return QByteArray::fromHex(text);
 }
@@ -37,8 +33,8 @@ private slots:
     home->CopyShipped(u"ini/lang_chinese.lan"_s);
     LanguagePack().LoadLanguageFile(AppFile(u"ini/lang_chinese.lan"_s));
     shell = new RecordingShell;
-    g_sent.clear();
-    SetPacketOutlet(&Capture, nullptr);
+    CapturedPackets.clear();
+    SetPacketOutlet(&CapturePacket, nullptr);
     SysParam() = TNetPhone_SysParam{};
     SysParam().MyID = 7;
   }
@@ -142,7 +138,7 @@ private slots:
       QCOMPARE(shell->Balloons[0].Icon, sent ? BalloonIcon::Info : BalloonIcon::Warning);
       QCOMPARE(shell->Balloons[0].Seconds, 10);
     }
-    QCOMPARE(g_sent.size(), sent ? 1 : 0);
+    QCOMPARE(CapturedPackets.size(), sent ? 1 : 0);
     QCOMPARE(int(SysParam().GsmBusy), sent ? 1 : busy);
     QCOMPARE(SysParam().GsmNumber, sent ? dest : QString());
     QCOMPARE(form.Visible(), !sent);
@@ -156,12 +152,12 @@ private slots:
     form.SMSBody_TeMemo = u"ab"_s;
     form.SMSBody_TeMemoChange();
     form.TeButton1Click();
-    QCOMPARE(g_sent.size(), 1);
-    QCOMPARE(g_sent[0], Hex("12191039c800"
-                            "2000"
-                            "0700"
-                            "1000"
-                            "01000000"));
+    QCOMPARE(CapturedPackets.size(), 1);
+    QCOMPARE(CapturedPackets[0], Hex("12191039c800"
+                                     "2000"
+                                     "0700"
+                                     "1000"
+                                     "01000000"));
     QCOMPARE(SysParam().GsmNumber, u"13800000000"_s);
   }
 
@@ -174,7 +170,7 @@ private slots:
     form.SMSDest_TeSEdit = u"13800000000"_s;
     form.SMSBody_TeMemo = u"ab"_s;
     form.sendSms_TeButtonClick();
-    QCOMPARE(g_sent.size(), 1);
+    QCOMPARE(CapturedPackets.size(), 1);
     QByteArray expected(220, '\0');
     expected.replace(0, 46,
                      Hex("121910394900"
@@ -185,8 +181,8 @@ private slots:
                          "0300"
                          "1c00"
                          "443a31333830303030303030300a0d543a310a0d4d3a303030326162"));
-    QCOMPARE(g_sent[0].size(), 220);
-    QCOMPARE(g_sent[0].toHex(), expected.toHex());
+    QCOMPARE(CapturedPackets[0].size(), 220);
+    QCOMPARE(CapturedPackets[0].toHex(), expected.toHex());
   }
 
   // Reply number, company and Chinese text: the message is
@@ -202,13 +198,13 @@ private slots:
     form.SMSDest_TeSEdit = u"13912345678"_s;
     form.SMSBody_TeMemo = u"你好\r\n"_s;
     form.sendSms_TeButtonClick();
-    QCOMPARE(g_sent.size(), 1);
+    QCOMPARE(CapturedPackets.size(), 1);
     QByteArray expected(220, '\0');
     const QByteArray head = Hex("12191039710020000500dc00020002012f00"
                                 "443a31333931323334353637380a0d543a310a0d4d3a30303231"
                                 "c4e3bac320bbd8b5e73a38303031205b41434d455d");
     expected.replace(0, head.size(), head);
-    QCOMPARE(g_sent[0].toHex(), expected.toHex());
+    QCOMPARE(CapturedPackets[0].toHex(), expected.toHex());
   }
 
   // A destination of 101 digits and a full body of quotes and Chinese make a
@@ -221,8 +217,8 @@ private slots:
     form.SMSBody_TeMemoChange();
     QCOMPARE(form.WordsLeft, 0);
     form.sendSms_TeButtonClick();
-    QCOMPARE(g_sent.size(), 1);
-    const QByteArray &p = g_sent[0];
+    QCOMPARE(CapturedPackets.size(), 1);
+    const QByteArray &p = CapturedPackets[0];
     QCOMPARE(p.size(), 220);
     QCOMPARE(GetU16(p.constData(), 16), quint16(200));
     QCOMPARE(p.mid(218), QByteArray(2, '\0'));
@@ -240,7 +236,7 @@ private slots:
     form.SMSBody_TeMemoChange();
     form.TeButton1Click();
     form.sendSms_TeButtonClick();
-    QVERIFY(g_sent.isEmpty());
+    QVERIFY(CapturedPackets.isEmpty());
   }
 
   void timeOut() {

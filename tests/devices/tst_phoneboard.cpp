@@ -1,5 +1,6 @@
 // The board's refresh, its layout file (order and legend colours), the wheel and
 // the drop.
+#include "common/PacketCapture.h"
 #include "common/TestHome.h"
 #include "core/link/Public_Unit.h"
 #include "core/link/SysParam.h"
@@ -14,11 +15,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-QList<QByteArray> g_sent;
-void Capture(void *, const char *bytes, int length) {
-  g_sent.append(QByteArray(bytes, length));
-}
-
 struct Board {
   TestHome home;
   TCallControlDev table;
@@ -28,8 +24,8 @@ struct Board {
     table.ParentWidth = 755;
     SysParam() = TNetPhone_SysParam{};
     SysParam().MyID = 2;
-    g_sent.clear();
-    SetPacketOutlet(&Capture, nullptr);
+    CapturedPackets.clear();
+    SetPacketOutlet(&CapturePacket, nullptr);
   }
   ~Board() { SetPacketOutlet(nullptr, nullptr); }
   void Layout(const QByteArray &xml) const { home.Write(u"ini/PhonePanels.xml"_s, xml); }
@@ -53,9 +49,9 @@ private slots:
     QVERIFY(!b.board.RefrshPhones_tefxButton_Enabled);
     QVERIFY(b.table.PortsID_ComboBox.isEmpty());
     QCOMPARE(grid.size(), 1);
-    QCOMPARE(g_sent.size(), 1);
-    QCOMPARE(GetI16(g_sent[0].constData(), 6), qint16(34));
-    QCOMPARE(GetU16(g_sent[0].constData(), 16), quint16(0));
+    QCOMPARE(CapturedPackets.size(), 1);
+    QCOMPARE(GetI16(CapturedPackets[0].constData(), 6), qint16(34));
+    QCOMPARE(GetU16(CapturedPackets[0].constData(), 16), quint16(0));
   }
 
   void noSaveWithoutALoadInThisRun() {

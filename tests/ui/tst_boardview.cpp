@@ -1,6 +1,7 @@
 // The board as the operator handles it: finding a panel under the hand, dragging
 // one onto another (or onto its text), the wheel, the colours on screen, and the
 // legend's colour choice.
+#include "common/PacketCapture.h"
 #include "common/TestHome.h"
 #include "core/console/Main_Form.h"
 #include "core/link/Public_Unit.h"
@@ -55,11 +56,6 @@ struct Board {
     return order;
   }
 };
-
-QList<QByteArray> g_sent;
-void Capture(void *, const char *bytes, int length) {
-  g_sent.append(QByteArray(bytes, length));
-}
 
 QList<int> Sequence(std::initializer_list<int> head) {
   QList<int> order(head);
@@ -187,8 +183,8 @@ private slots:
     TMain_Form main;
     SysParam() = TNetPhone_SysParam{};
     SysParam().MyID = 3;
-    g_sent.clear();
-    SetPacketOutlet(&Capture, nullptr);
+    CapturedPackets.clear();
+    SetPacketOutlet(&CapturePacket, nullptr);
     TCallControlDev &table = main.CallControlDev();
     for (int id : {40, 41}) {
       table.AddPanel(id);
@@ -223,9 +219,9 @@ private slots:
     const auto trunk = choose(40, u"PopMenu_ResetTrunk"_s);
     QCOMPARE(trunk.keys(), (QStringList{u"PopMenu_ResetTrunk"_s, u"test1"_s}));
     QCOMPARE(trunk.value(u"test1"_s), LangText(422));
-    QCOMPARE(g_sent.size(), 1);
-    QCOMPARE(GetU16(g_sent[0].constData(), 12), quint16(150));
-    QCOMPARE(GetU16(g_sent[0].constData(), 16), quint16(40));
+    QCOMPARE(CapturedPackets.size(), 1);
+    QCOMPARE(GetU16(CapturedPackets[0].constData(), 12), quint16(150));
+    QCOMPARE(GetU16(CapturedPackets[0].constData(), 16), quint16(40));
 
     QSignalSpy wakeUp(&view, &TBoardView::wakeUpRequested);
     const auto extension = choose(41, u"N2"_s);
