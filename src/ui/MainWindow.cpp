@@ -8,6 +8,7 @@
 #include "support/Log.h"
 #include "support/Settings.h"
 #include "support/Shell.h"
+#include "ui/DirectoryView.h"
 #include "ui/Named.h"
 
 #include <QAction>
@@ -21,6 +22,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMetaEnum>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSplitter>
@@ -93,12 +95,15 @@ TMainWindow::TMainWindow(TMain_Form &main, QWidget *parent) : QMainWindow(parent
   m_boardPage->setLayout(new QVBoxLayout);
   m_boardPage->layout()->setContentsMargins(0, 0, 0, 0);
   m_pages->addTab(m_boardPage, u"分机状态"_s);
-  auto *search = new QWidget(m_pages);
-  search->setObjectName(u"Find_TeTabSheet"_s);
-  auto *searchLayout = new QVBoxLayout(search);
-  searchLayout->addWidget(
-      ListView(u"MainInfo_DBAdvStringGrid"_s, &main.Pages().MainInfo_DBAdvStringGrid, search));
-  m_pages->addTab(search, u"电话簿"_s);
+  for (QWidget *page : BuildDirectoryPages(main.Pages(), m_pages))
+    m_pages->addTab(page, page->windowTitle());
+  // The directory's handlers bring their page to the front by its name.
+  connect(&main.Pages(), &TDirectoryPages::pageRequested, this, [this](TDirectoryPages::Page page) {
+    const QString name =
+        QString::fromLatin1(QMetaEnum::fromType<TDirectoryPages::Page>().valueToKey(int(page)));
+    if (auto *w = m_pages->findChild<QWidget *>(name))
+      m_pages->setCurrentWidget(w);
+  });
   m_log = new QPlainTextEdit(m_pages);
   m_log->setObjectName(u"LogMemo"_s);
   m_log->setReadOnly(true);
