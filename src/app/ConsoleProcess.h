@@ -41,6 +41,8 @@ public:
   // The operator closes the main window: asks unless the close is a silent one.
   // False when the operator said No and the session goes on.
   bool WindowClose();
+  // The console has closed (by either way) and the event loop was told to end.
+  bool Closed() const { return m_closed; }
 
   TMain_Form *Main() const { return m_main.get(); }
   TLogin_Form *Login() const { return m_login.get(); }

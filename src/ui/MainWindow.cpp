@@ -6,6 +6,7 @@
 #include "support/Clock.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
+#include "support/Paths.h"
 #include "support/Settings.h"
 #include "support/Shell.h"
 #include "ui/DirectoryView.h"
@@ -25,7 +26,9 @@
 #include <QMetaEnum>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QSplitter>
+#include <QStackedWidget>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QTableView>
@@ -127,7 +130,13 @@ TMainWindow::TMainWindow(TMain_Form &main, QWidget *parent) : QMainWindow(parent
   auto *central = new QWidget(this);
   auto *row = new QHBoxLayout(central);
   row->setContentsMargins(6, 6, 6, 0);
-  row->addWidget(BuildPhoneColumn());
+  // Where the phone stands, the company's panel shows while no session is up.
+  m_front = new QStackedWidget(central);
+  m_front->setObjectName(u"Front_Stack"_s);
+  m_front->setFixedWidth(330);
+  m_front->addWidget(BuildPhoneColumn());
+  m_front->addWidget(BuildCompanyPanel());
+  row->addWidget(m_front);
   row->addWidget(right, 1);
   setCentralWidget(central);
 
@@ -152,6 +161,9 @@ TMainWindow::TMainWindow(TMain_Form &main, QWidget *parent) : QMainWindow(parent
   connect(&main, &TMain_Form::captionChanged, this, &QWidget::setWindowTitle);
   connect(&main.Display(), &TDisplay::memo1Changed, m_display, &QLabel::setText);
   connect(&main, &TMain_Form::callControlChanged, this, &TMainWindow::RefreshCallControl);
+  connect(&main, &TMain_Form::frontChanged, this, [this] {
+    m_front->setCurrentIndex(m_main.Front == TMain_Form::FrontPanel::Company_TePanel ? 1 : 0);
+  });
   RefreshCallControl();
   RefreshStatus();
 }
@@ -232,7 +244,6 @@ void TMainWindow::BuildMenuAndToolbar() {
 QWidget *TMainWindow::BuildPhoneColumn() {
   auto *column = new QWidget(this);
   column->setObjectName(u"Dial_TeTabControl"_s);
-  column->setFixedWidth(330);
   auto *layout = new QVBoxLayout(column);
 
   // The two-line display, like the desk phone's.
@@ -336,6 +347,36 @@ QWidget *TMainWindow::BuildPhoneColumn() {
   return column;
 }
 
+QWidget *TMainWindow::BuildCompanyPanel() {
+  auto *panel = new QWidget(this);
+  panel->setObjectName(u"Company_TePanel"_s);
+  auto *layout = new QVBoxLayout(panel);
+  auto *image = new QLabel(panel);
+  image->setObjectName(u"company_Image"_s);
+  image->setAlignment(Qt::AlignCenter);
+  // The house's own picture; a missing or broken file leaves the panel plain.
+  const QPixmap picture(AppFileOrShipped(u"ini/company.jpg"_s));
+  if (!picture.isNull())
+    image->setPixmap(picture.scaledToWidth(300, Qt::SmoothTransformation));
+  layout->addStretch(1);
+  layout->addWidget(image);
+  auto *url = NamedLabel(u"CompanyUrl_LMDSimpleLabel"_s, QString(), panel);
+  url->setAlignment(Qt::AlignCenter);
+  url->setWordWrap(true);
+  url->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  layout->addWidget(url);
+  layout->addStretch(1);
+  return panel;
+}
+
+void TMainWindow::FirstShow() {
+  // The address under the picture, and the window over the screen's free area.
+  if (auto *url = findChild<QLabel *>(u"CompanyUrl_LMDSimpleLabel"_s))
+    url->setText(SysConfig().CompanyURL);
+  if (const QScreen *screen = this->screen())
+    setGeometry(screen->availableGeometry());
+}
+
 QWidget *TMainWindow::BuildCallLists() {
   auto *tabs = new QTabWidget(this);
   tabs->setObjectName(u"ConRecords_TePageControl"_s);
@@ -385,7 +426,8 @@ void TMainWindow::RefreshCallControl() {
 void TMainWindow::RefreshStatus() {
   const TNetPhone_SysParam &sp = SysParam();
   m_statusExt->setText(sp.MyTelNo.isEmpty() ? u"—"_s : sp.MyTelNo);
-  m_statusSession->setText(sp.LoggedIn ? u"已登录"_s : (sp.Connected ? u"已连接"_s : u"未连接"_s));
+  // Live or not is what the desk needs to know at a glance.
+  m_statusSession->setText(LangText(sp.LoggedIn ? 336 : 343));
   m_statusClock->setText(CurrentDateTime().toString(u"yyyy-MM-dd hh:mm:ss"_s));
 }
 

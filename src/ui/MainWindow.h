@@ -9,6 +9,7 @@
 class QComboBox;
 class QPlainTextEdit;
 class QPushButton;
+class QStackedWidget;
 class QTabWidget;
 class QTableView;
 class TMain_Form;
@@ -23,6 +24,9 @@ public:
 
   // The board page's content (the panel board with its legend and buttons).
   void SetBoard(QWidget *board);
+  // The first show's part of the window: the company address, the window over
+  // the screen's work area.
+  void FirstShow();
   // A notification inside the window, for desktops without a tray.
   void ShowNotice(const QString &title, const QString &text, int seconds);
   // Asked when the operator closes the window: true lets it close.
@@ -40,11 +44,13 @@ protected:
 private:
   QWidget *BuildPhoneColumn();
   QWidget *BuildCallLists();
+  QWidget *BuildCompanyPanel();
   void BuildMenuAndToolbar();
   void RefreshCallControl();
   void RefreshStatus();
 
   TMain_Form &m_main;
+  QStackedWidget *m_front = nullptr; // the phone, or the company's panel
   QLabel *m_display = nullptr;
   QComboBox *m_dialBox = nullptr;
   QLabel *m_msgPanel = nullptr;

@@ -1,0 +1,175 @@
+#include "app/ConsoleScreens.h"
+
+#include "app/ConsoleProcess.h"
+#include "core/console/Login_Form.h"
+#include "core/console/Main_Form.h"
+#include "core/console/UserInfo_Form.h"
+#include "core/link/SysParam.h"
+#include "devices/GSM_Unit.h"
+#include "directory/DirectoryPages.h"
+#include "directory/PopMsg_Form.h"
+#include "directory/TaskEdit_Unit.h"
+#include "directory/Tasks_Unit.h"
+#include "support/LanguagePack.h"
+#include "support/Shell.h"
+#include "support/Sysset_Unit.h"
+#include "ui/BoardView.h"
+#include "ui/GsmDialog.h"
+#include "ui/LanguageBinding.h"
+#include "ui/LegendBar.h"
+#include "ui/LoginDialog.h"
+#include "ui/MainWindow.h"
+#include "ui/Named.h"
+#include "ui/PopMsgWindow.h"
+#include "ui/SettingsDialog.h"
+#include "ui/TasksWindow.h"
+#include "ui/UserInfoDialog.h"
+#include "ui/WidgetShell.h"
+
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QMenu>
+#include <QSystemTrayIcon>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+ConsoleScreens::ConsoleScreens(ConsoleProcess &process, WidgetShell &shell, QObject *parent)
+    : QObject(parent), m_process(process), m_shell(shell) {
+  TMain_Form &main = *process.Main();
+  m_window = std::make_unique<TMainWindow>(main);
+  m_window->SetBoard(BuildBoardPage());
+  BindLanguage(main, m_window.get());
+  BuildWindows();
+
+  m_window->CloseHandler = [&process] { return process.WindowClose(); };
+  shell.SetMainWindow(m_window.get());
+  shell.InWindowNotice = [this](const QString &title, const QString &text, int seconds) {
+    m_window->ShowNotice(title, text, seconds);
+  };
+  connect(m_window.get(), &TMainWindow::languageRequested, this, [this](int id) {
+    SelectLanguage(id);
+    Retranslate();
+  });
+  // A click on a balloon brings the window back and, while a call rings, its caller.
+  connect(&shell, &WidgetShell::balloonClicked, this, [this, &main] {
+    RestoreWindow();
+    if (SysParam().CallState == 2 && !SysParam().CallerNo.isEmpty())
+      RunGuarded([&] { main.Pages().ShowIncomingDirect(SysParam().CallerNo); });
+  });
+  connect(&main.Pages(), &TDirectoryPages::restoreMainWindowRequested, this,
+          &ConsoleScreens::RestoreWindow);
+  WireTray();
+}
+
+ConsoleScreens::~ConsoleScreens() {
+  m_shell.SetMainWindow(nullptr);
+  m_shell.InWindowNotice = nullptr;
+}
+
+QWidget *ConsoleScreens::BuildBoardPage() {
+  TMain_Form &main = *m_process.Main();
+  auto *page = new QWidget(m_window.get());
+  auto *layout = new QVBoxLayout(page);
+  layout->setContentsMargins(4, 4, 4, 4);
+  m_legend = new TLegendBar(main.CallControlDev(), main.Board(), page);
+  m_board = new TBoardView(main.CallControlDev(), main.Board(), &main, page);
+  // The layout keys: each changes the table, then the board shows it.
+  auto *keys = new QHBoxLayout;
+  const struct {
+    const char16_t *Name;
+    const char16_t *Text;
+    void (TMain_Form::*Click)();
+  } kBoardKeys[] = {
+      {u"RefrshPhones_tefxButton", u"刷新状态", &TMain_Form::RefrshPhones_tefxButtonClick},
+      {u"LoadPhones_tefxButton", u"载入布局", &TMain_Form::LoadPhones_tefxButtonClick},
+      {u"savePhones_tefxButton", u"保存布局", &TMain_Form::savePhones_tefxButtonClick}};
+  for (const auto &k : kBoardKeys) {
+    auto *b = NamedButton(QString::fromUtf16(k.Name), QString::fromUtf16(k.Text), page);
+    const auto click = k.Click;
+    connect(b, &QPushButton::clicked, this, [this, &main, click] {
+      RunGuarded([&] { (main.*click)(); });
+      m_board->SyncFromTable();
+    });
+    keys->addWidget(b);
+  }
+  keys->addStretch(1);
+  // The find box: an extension's number brings its panel into view.
+  auto *find = NamedEdit(u"TeSComboBox_Ext"_s, page);
+  find->setClearButtonEnabled(true);
+  find->setMaximumWidth(140);
+  auto *locate = NamedButton(u"tefxButton7"_s, u"定位"_s, page);
+  const auto findNow = [this, &main, find] {
+    RunGuarded([&] { main.FindExtension(find->text().trimmed()); });
+    m_board->SyncFromTable();
+  };
+  connect(find, &QLineEdit::returnPressed, this, findNow);
+  connect(locate, &QPushButton::clicked, this, findNow);
+  keys->addWidget(find);
+  keys->addWidget(locate);
+  layout->addWidget(m_legend);
+  layout->addLayout(keys);
+  layout->addWidget(m_board, 1);
+  return page;
+}
+
+void ConsoleScreens::BuildWindows() {
+  ConsoleProcess &p = m_process;
+  TMainWindow *w = m_window.get();
+  m_login = new LoginDialog(*p.Login(), w);
+  BindLanguage(*p.Login(), m_login);
+  auto *settings = new SettingsDialog(*p.Sysset(), w);
+  BindLanguage(*p.Sysset(), settings);
+  auto *userInfo = new UserInfoDialog(*p.UserInfo(), w);
+  BindLanguage(*p.UserInfo(), userInfo);
+  auto *gsm = new GsmDialog(*p.Gsm(), w);
+  BindLanguage(*p.Gsm(), gsm);
+  m_tasks = new TasksWindow(*p.Tasks(), w);
+  BindLanguage(*p.Tasks(), m_tasks);
+  auto *taskEdit = new TaskEditWindow(p.Tasks()->EditForm(), w);
+  BindLanguage(p.Tasks()->EditForm(), taskEdit);
+  m_popMsg = std::make_unique<PopMsgWindow>(*p.PopMsg());
+  BindLanguage(*p.PopMsg(), m_popMsg.get());
+
+  connect(w, &TMainWindow::settingsRequested, this, [&p] { p.Sysset()->Show(); });
+  connect(p.Main(), &TMain_Form::settingsRequested, this, [&p] { p.Sysset()->Show(); });
+  connect(w, &TMainWindow::smsRequested, this, [&p] { p.Gsm()->Show(); });
+  connect(w, &TMainWindow::tasksRequested, m_tasks, &TasksWindow::Toggle);
+}
+
+void ConsoleScreens::WireTray() {
+  QSystemTrayIcon *tray = m_shell.Tray();
+  if (!tray)
+    return;
+  // The tray's menu; its single click tells the tasks due, its double click
+  // brings the window back.
+  auto *menu = new QMenu(m_window.get());
+  menu->setObjectName(u"TrayIcon_PopupMenu"_s);
+  menu->addAction(u"显示主界面"_s, this, &ConsoleScreens::RestoreWindow)->setObjectName(u"N7"_s);
+  menu->addAction(u"退出"_s, m_window.get(), &QWidget::close)->setObjectName(u"N9"_s);
+  tray->setContextMenu(menu);
+  connect(tray, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason r) {
+    if (r == QSystemTrayIcon::Trigger)
+      RunGuarded([this] { m_process.Tasks()->TrayIconClick(); });
+    else if (r == QSystemTrayIcon::DoubleClick)
+      RestoreWindow();
+  });
+}
+
+void ConsoleScreens::RestoreWindow() {
+  m_window->showNormal();
+  m_window->raise();
+  m_window->activateWindow();
+}
+
+void ConsoleScreens::Retranslate() {
+  m_legend->Retranslate();
+  m_board->viewport()->update();
+}
+
+void ConsoleScreens::Show() {
+  m_window->FirstShow();
+  m_window->show();
+  m_process.FirstShow(); // loads the language of the settings
+  Retranslate();
+}

@@ -1,0 +1,148 @@
+// The whole console built inside the test, as main() builds it: the start and
+// first show, leaving the login dialog at once, the live language switch, and
+// the toolbar's windows. Driven through objectNames.
+#include "app/ConsoleProcess.h"
+#include "app/ConsoleScreens.h"
+#include "common/TestHome.h"
+#include "core/console/Main_Form.h"
+#include "support/LanguagePack.h"
+#include "support/Settings.h"
+#include "support/Shell.h"
+#include "ui/LoginDialog.h"
+#include "ui/MainWindow.h"
+#include "ui/TasksWindow.h"
+#include "ui/WidgetShell.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QLabel>
+#include <QTabWidget>
+#include <QTableView>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+// One console on a fresh home, with a headless shell: nobody answers its
+// questions, which count as No.
+struct Console {
+  TestHome home;
+  WidgetShell shell{true};
+  ConsoleProcess process;
+  std::unique_ptr<ConsoleScreens> screens;
+
+  explicit Console(const QByteArray &sysIni = {}) {
+    SetShell(&shell);
+    if (!sysIni.isEmpty())
+      home.Write(u"ini/sys.ini"_s, sysIni);
+    if (process.Start(home.Path(), false, 0)) {
+      screens = std::make_unique<ConsoleScreens>(process, shell);
+      screens->Show();
+    }
+  }
+  ~Console() {
+    screens.reset();
+    SetShell(nullptr);
+  }
+  TMainWindow &Window() { return screens->Window(); }
+  template <typename W> W *Find(const QString &name) { return Window().findChild<W *>(name); }
+};
+
+QString TabText(QTabWidget *tabs, const QString &page) {
+  for (int i = 0; i < tabs->count(); ++i)
+    if (tabs->widget(i)->objectName() == page)
+      return tabs->tabText(i);
+  return QString();
+}
+} // namespace
+
+class ScreensTest : public QObject {
+  Q_OBJECT
+
+private slots:
+  void firstShowPutsTheLoginDialogUpOverTheCompanyPanel() {
+    Console c;
+    QVERIFY(c.screens);
+    QVERIFY(c.Window().isVisible());
+    QVERIFY(c.Window().windowTitle().endsWith(u"Trunkdesk ver5.2"_s));
+    // The link was never up: the dialog is modal, the board page is in front,
+    // the log page is absent without debugging.
+    QVERIFY(c.screens->Login().isVisible());
+    QVERIFY(c.screens->Login().isModal());
+    auto *pages = c.Find<QTabWidget>(u"UserMain_TePageControl"_s);
+    QCOMPARE(pages->currentWidget()->objectName(), u"Branchs_TeTabSheet"_s);
+    QVERIFY(TabText(pages, u"LogMemo"_s).isEmpty());
+  }
+
+  void leavingTheLoginDialogAtFirstShowEndsWithoutTheQuestion() {
+    Console c;
+    QVERIFY(c.screens);
+    auto *leave = c.screens->Login().findChild<QAbstractButton *>(u"TeButton2"_s);
+    QVERIFY(leave);
+    leave->click();
+    // A question would have been answered No by the headless shell and kept
+    // the session; the console is closed, so none was asked.
+    QVERIFY(c.process.Closed());
+    QVERIFY(c.home.Read(u"ini/sys.ini"_s).size() > 0); // the settings were saved on the way out
+  }
+
+  void closingTheWindowWithNoKeepsTheSession() {
+    Console c;
+    QVERIFY(c.screens);
+    c.screens->Login().hide();
+    c.Window().close();
+    QVERIFY(!c.process.Closed());
+    QVERIFY(c.Window().isVisible());
+  }
+
+  void languageSwitchesLiveAcrossTheWindows() {
+    Console c;
+    QVERIFY(c.screens);
+    c.screens->Login().hide();
+    auto *pages = c.Find<QTabWidget>(u"UserMain_TePageControl"_s);
+    auto *lists = c.Find<QTabWidget>(u"ConRecords_TePageControl"_s);
+    auto *missed = c.Find<QTableView>(u"lostIncom_LMDListBox"_s);
+    auto *english = c.Find<QAction>(u"N20"_s);
+    auto *chinese = c.Find<QAction>(u"N19"_s);
+    QVERIFY(pages && lists && missed && english && chinese);
+    const QString boardZh = TabText(pages, u"Branchs_TeTabSheet"_s);
+    const QString header0Zh = missed->model()->headerData(0, Qt::Horizontal).toString();
+
+    english->trigger();
+    QCOMPARE(TabText(pages, u"Branchs_TeTabSheet"_s), LangText(107));
+    QVERIFY(TabText(pages, u"Branchs_TeTabSheet"_s) != boardZh);
+    QVERIFY(TabText(lists, u"Lost_TeTabSheet"_s).contains(u"issed"_s));
+    QVERIFY(missed->model()->headerData(0, Qt::Horizontal).toString() != header0Zh);
+    QCOMPARE(c.Find<QAbstractButton>(u"tefxButton7"_s)->text(), u"Locate"_s);
+    // A window that is open follows as well as the main one.
+    QCOMPARE(c.screens->Login().findChild<QAbstractButton *>(u"Login_TeButton"_s)->text(),
+             LangText(783));
+
+    chinese->trigger();
+    QCOMPARE(TabText(pages, u"Branchs_TeTabSheet"_s), boardZh);
+    QCOMPARE(missed->model()->headerData(0, Qt::Horizontal).toString(), header0Zh);
+  }
+
+  void englishFromTheFirstWindowWhenTheSettingsSaySo() {
+    Console c("[Lang]\r\nLangID=1\r\n");
+    QVERIFY(c.screens);
+    QCOMPARE(c.screens->Login().findChild<QAbstractButton *>(u"Login_TeButton"_s)->text(),
+             LangText(783));
+    QVERIFY(LangText(783).contains(u"Log"_s, Qt::CaseInsensitive));
+  }
+
+  void tasksKeyShowsAndHidesTheTaskList() {
+    Console c;
+    QVERIFY(c.screens);
+    c.screens->Login().hide();
+    auto *key = c.Find<QAction>(u"TeSpeedButton10"_s);
+    QVERIFY(key);
+    key->trigger();
+    QVERIFY(c.screens->Tasks().isVisible());
+    key->trigger();
+    QVERIFY(!c.screens->Tasks().isVisible());
+  }
+};
+
+QTEST_MAIN(ScreensTest)
+#include "tst_screens.moc"
