@@ -46,35 +46,73 @@ QPushButton *Key(const QString &name, const QString &text, QWidget *parent) {
   return b;
 }
 
-// A call list: the view's selection is the model's, and the Delete key removes
-// the selected rows after the operator's yes.
+// A call list: the view's selection and current row are the model's, so the
+// logic's handlers act on what the operator marked. The Delete key and the
+// menu's delete entry remove the selected rows after the operator's yes; a
+// double click opens the row's caller; the menu's other entry dials back.
 class CallListView : public QTableView {
 public:
-  CallListView(TCallListModel *list, TDirectoryPages *pages, QWidget *parent)
-      : QTableView(parent), m_list(list), m_pages(pages) {}
+  CallListView(TCallListModel &list, TDirectoryPages &pages, bool stored, QWidget *parent)
+      : QTableView(parent), m_list(list), m_pages(pages), m_stored(stored) {
+    connect(this, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex &index) {
+      SyncSelection();
+      RunGuarded([&] { m_pages.OpenCallItem(m_list, index.row()); });
+    });
+  }
+
+  // The list's menu: its dial-back and delete entries, named as the language
+  // texts address them.
+  void SetMenu(const QString &menuName, const QString &dialName, const QString &dialText,
+               void (TDirectoryPages::*dial)(), const QString &deleteName,
+               void (TDirectoryPages::*remove)()) {
+    auto *menu = new QMenu(this);
+    menu->setObjectName(menuName);
+    auto add = [this, menu](const QString &name, const QString &text, auto handler) {
+      menu->addAction(text, this,
+                      [this, handler] {
+                        SyncSelection();
+                        RunGuarded([&] { (m_pages.*handler)(); });
+                      })
+          ->setObjectName(name);
+    };
+    add(dialName, dialText, dial);
+    add(deleteName, u"删除"_s, remove);
+    setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(this, &QWidget::customContextMenuRequested, menu, [this, menu](const QPoint &at) {
+      if (indexAt(at).isValid())
+        menu->popup(viewport()->mapToGlobal(at));
+    });
+  }
 
 protected:
   void keyPressEvent(QKeyEvent *event) override {
-    if (event->key() == Qt::Key_Delete && m_list && m_pages) {
-      for (int row = 0; row < m_list->Count(); ++row)
-        m_list->SetSelected(row, selectionModel()->isRowSelected(row, QModelIndex()));
-      RunGuarded([this] { m_pages->DeleteSelectedCallItems(*m_list); });
+    if (event->key() == Qt::Key_Delete && m_stored) {
+      SyncSelection();
+      RunGuarded([this] { m_pages.DeleteSelectedCallItems(m_list); });
       return;
     }
     QTableView::keyPressEvent(event);
   }
 
 private:
-  TCallListModel *m_list;
-  TDirectoryPages *m_pages;
+  void SyncSelection() {
+    for (int row = 0; row < m_list.Count(); ++row)
+      m_list.SetSelected(row, selectionModel()->isRowSelected(row, QModelIndex()));
+    m_list.ItemIndex = currentIndex().isValid() ? currentIndex().row() : -1;
+  }
+
+  TCallListModel &m_list;
+  TDirectoryPages &m_pages;
+  bool m_stored;
 };
 
-QTableView *ListView(const QString &name, QAbstractItemModel *model, QWidget *parent,
-                     TDirectoryPages *pages = nullptr) {
-  auto *list = qobject_cast<TCallListModel *>(model);
-  QTableView *v = list ? new CallListView(list, pages, parent) : new QTableView(parent);
+// A call list named as the language texts address it. `stored` lists have the
+// log table behind their rows, so the Delete key removes rows there too.
+CallListView *CallList(const QString &name, TCallListModel &list, TDirectoryPages &pages,
+                       QWidget *parent, bool stored) {
+  auto *v = new CallListView(list, pages, stored, parent);
   v->setObjectName(name);
-  v->setModel(model);
+  v->setModel(&list);
   v->setSelectionBehavior(QAbstractItemView::SelectRows);
   v->setSelectionMode(QAbstractItemView::ExtendedSelection);
   v->verticalHeader()->hide();
@@ -342,8 +380,9 @@ QWidget *TMainWindow::BuildPhoneColumn() {
   auto *incoming = new QLabel(u"最新来电"_s, column);
   incoming->setObjectName(u"Incoming_TeTabSheet"_s); // its language text is the hidden page's
   layout->addWidget(incoming);
-  layout->addWidget(
-      ListView(u"Incomings_LMDListBox"_s, &m_main.Pages().Incomings_LMDListBox, column), 1);
+  layout->addWidget(CallList(u"Incomings_LMDListBox"_s, m_main.Pages().Incomings_LMDListBox,
+                             m_main.Pages(), column, false),
+                    1);
   return column;
 }
 
@@ -381,21 +420,39 @@ QWidget *TMainWindow::BuildCallLists() {
   auto *tabs = new QTabWidget(this);
   tabs->setObjectName(u"ConRecords_TePageControl"_s);
   TDirectoryPages &p = m_main.Pages();
-  // Each list on a page of its own name, which the language texts address.
+  // Each list on a page of its own name, which the language texts address,
+  // with its menu: dial back and delete.
+  using Handler = void (TDirectoryPages::*)();
   const struct {
     const char16_t *Page;
     const char16_t *List;
     const char16_t *Caption;
     TCallListModel *Model;
-  } kLists[] = {{u"Lost_TeTabSheet", u"lostIncom_LMDListBox", u"未接来电", &p.lostIncom_LMDListBox},
-                {u"Incomed_TeTabSheet", u"Incomed_LMDListBox", u"已接来电", &p.Incomed_LMDListBox},
-                {u"DialOut_TeTabSheet", u"dialOut_LMDListBox", u"已拨电话", &p.dialOut_LMDListBox}};
+    const char16_t *Menu;
+    const char16_t *Dial;
+    const char16_t *DialText;
+    Handler DialBack;
+    const char16_t *Delete;
+    Handler Remove;
+  } kLists[] = {{u"Lost_TeTabSheet", u"lostIncom_LMDListBox", u"未接来电", &p.lostIncom_LMDListBox,
+                 u"lostIncom_PopupMenu", u"MenuItem6", u"回叫", &TDirectoryPages::MenuItem6Click,
+                 u"MenuItem7", &TDirectoryPages::MenuItem7Click},
+                {u"Incomed_TeTabSheet", u"Incomed_LMDListBox", u"已接来电", &p.Incomed_LMDListBox,
+                 u"incomed_PopupMenu", u"MenuItem1", u"回叫", &TDirectoryPages::MenuItem1Click,
+                 u"MenuItem5", &TDirectoryPages::MenuItem5Click},
+                {u"DialOut_TeTabSheet", u"dialOut_LMDListBox", u"已拨电话", &p.dialOut_LMDListBox,
+                 u"dialOut_PopupMenu", u"N10", u"重拨", &TDirectoryPages::N10Click, u"N11",
+                 &TDirectoryPages::N11Click}};
   for (const auto &l : kLists) {
     auto *page = new QWidget(tabs);
     page->setObjectName(QString::fromUtf16(l.Page));
     auto *layout = new QVBoxLayout(page);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(ListView(QString::fromUtf16(l.List), l.Model, page, &p));
+    auto *view = CallList(QString::fromUtf16(l.List), *l.Model, p, page, true);
+    view->SetMenu(QString::fromUtf16(l.Menu), QString::fromUtf16(l.Dial),
+                  QString::fromUtf16(l.DialText), l.DialBack, QString::fromUtf16(l.Delete),
+                  l.Remove);
+    layout->addWidget(view);
     tabs->addTab(page, QString::fromUtf16(l.Caption));
   }
   return tabs;

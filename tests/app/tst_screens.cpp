@@ -86,15 +86,6 @@ private slots:
     QVERIFY(c.home.Read(u"ini/sys.ini"_s).size() > 0); // the settings were saved on the way out
   }
 
-  void closingTheWindowWithNoKeepsTheSession() {
-    Console c;
-    QVERIFY(c.screens);
-    c.screens->Login().hide();
-    c.Window().close();
-    QVERIFY(!c.process.Closed());
-    QVERIFY(c.Window().isVisible());
-  }
-
   void languageSwitchesLiveAcrossTheWindows() {
     Console c;
     QVERIFY(c.screens);

@@ -1,14 +1,11 @@
-// The main window, driven through objectNames: the call lists' Delete key, the
-// quit question, and the language of the first show.
+// The main window, driven through objectNames: the call lists' Delete key,
+// double click and call-back entry, and the quit question.
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
 #include "core/console/Main_Form.h"
-#include "core/link/SysParam.h"
 #include "directory/DirectoryPages.h"
 #include "directory/SysDM_Unit.h"
 #include "support/LanguagePack.h"
-#include "support/Settings.h"
-#include "ui/LanguageBinding.h"
 #include "ui/MainWindow.h"
 
 #include <QAction>
@@ -63,23 +60,34 @@ private slots:
     QCOMPARE(shell.Questions, QStringList{LangText(333)});
   }
 
-  void languageOneGivesEnglishFromTheFirstShow() {
+  void doubleClickAndDialBackShowTheRowsCaller() {
     TestHome home;
-    home.CopyShipped(u"ini/lang_chinese.lan"_s);
-    home.CopyShipped(u"ini/lang_English.lan"_s);
-    home.Write(u"ini/sys.ini"_s, "[Lang]\nLangID=1\n");
+    home.UseChinese();
+    Sys_DM().DataModuleCreate();
     RecordingShell shell;
-    LanguageStart();
     TMain_Form main;
-    main.FormCreate();
     TMainWindow window(main);
-    BindLanguage(main, &window);
-    main.FormShow();
-    auto *relogin = window.findChild<QAction *>(u"TeSpeedButton9"_s);
-    QVERIFY(relogin);
-    QCOMPARE(LanguagePack().LangID, 1);
-    QVERIFY2(relogin->text() != u"重登录"_s, qPrintable(relogin->text()));
-    QCOMPARE(relogin->text(), main.ControlText(u"TeSpeedButton9"_s));
+    window.show();
+    TDirectoryPages &p = main.Pages();
+    QStringList dialled;
+    p.DialNumber = [&dialled](const QString &number) { dialled << number; };
+    for (const QString &number : {u"8101"_s, u"8102"_s})
+      p.InsertCallItem(u"Phone1"_s, number, p.AddConRecord(number, 1), p.lostIncom_LMDListBox);
+    auto *view = window.findChild<QTableView *>(u"lostIncom_LMDListBox"_s);
+    QVERIFY(view);
+    // Rows are newest first: row 0 is 8102.
+    const QRect cell = view->visualRect(view->model()->index(1, 1));
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, cell.center());
+    QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, cell.center());
+    QCOMPARE(p.CON_Phone1_LMDEdit, u"8101"_s);
+    QVERIFY(dialled.isEmpty());
+
+    view->setCurrentIndex(view->model()->index(0, 0));
+    auto *callBack = window.findChild<QAction *>(u"MenuItem6"_s);
+    QVERIFY(callBack);
+    callBack->trigger();
+    QCOMPARE(dialled, QStringList{u"8102"_s});
+    QCOMPARE(p.CON_Phone1_LMDEdit, u"8102"_s);
   }
 };
 
