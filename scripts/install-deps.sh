@@ -6,6 +6,7 @@ set -euo pipefail
 PACKAGES=(
   g++ cmake ninja-build ccache pkg-config
   qt6-base-dev libqt6sql6-sqlite libsqlite3-dev
+  qt6-multimedia-dev   # the ring and, later, recordings
   sqlite3              # plays "another program holding the database" in the tests
   libbenchmark-dev
   fonts-wqy-microhei   # Chinese text on screen and in screenshots

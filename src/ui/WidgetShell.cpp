@@ -23,9 +23,6 @@ WidgetShell::WidgetShell(bool headless, QObject *parent) : QObject(parent), m_he
     connect(m_tray, &QSystemTrayIcon::messageClicked, this, &WidgetShell::balloonClicked);
     m_tray->show();
   }
-  // Without a sound device the ring is the desktop's bell, every two seconds.
-  m_ring.setInterval(2000);
-  connect(&m_ring, &QTimer::timeout, this, [] { QApplication::beep(); });
 }
 
 WidgetShell::~WidgetShell() = default;
@@ -97,12 +94,11 @@ void WidgetShell::HintAt(const QString &title, const QString &text, int ms, int 
 }
 
 void WidgetShell::RingStart() {
-  if (!m_ring.isActive()) {
-    QApplication::beep();
-    m_ring.start();
-  }
+  // Headless there is nobody to hear it.
+  if (!m_headless)
+    m_ring.Start();
 }
 
 void WidgetShell::RingStop() {
-  m_ring.stop();
+  m_ring.Stop();
 }

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "support/Shell.h"
+#include "ui/RingPlayer.h"
 
 #include <QObject>
 #include <QPointer>
-#include <QTimer>
 #include <QWidget>
 
 #include <functional>
@@ -46,5 +46,5 @@ private:
   bool m_headless;
   QPointer<QWidget> m_window;
   QSystemTrayIcon *m_tray = nullptr;
-  QTimer m_ring;
+  RingPlayer m_ring;
 };
