@@ -321,9 +321,19 @@ QWidget *TMainWindow::BuildPhoneColumn() {
       m_main.dial_TeSComboBoxKeyPress(text.back());
   });
 
-  m_msgPanel = new QLabel(column);
+  // The waiting number's count-down, with its cancel key.
+  m_msgPanel = new QWidget(column);
   m_msgPanel->setObjectName(u"Msg_Panel"_s);
-  m_msgPanel->setStyleSheet(u"QLabel { background: #fff4c2; padding: 6px; }"_s);
+  m_msgPanel->setAttribute(Qt::WA_StyledBackground);
+  m_msgPanel->setStyleSheet(u"#Msg_Panel { background: #fff4c2; border-radius: 4px; }"_s);
+  auto *msgRow = new QHBoxLayout(m_msgPanel);
+  msgRow->setContentsMargins(6, 2, 2, 2);
+  m_msgText = NamedLabel(u"Msg_TeLabel"_s, QString(), m_msgPanel);
+  m_msgText->setWordWrap(true);
+  msgRow->addWidget(m_msgText, 1);
+  auto *cancel = NamedButton(u"TeButton1"_s, u"取消"_s, m_msgPanel);
+  connect(cancel, &QPushButton::clicked, this, [this] { m_main.Msg_TeButton1Click(); });
+  msgRow->addWidget(cancel);
   m_msgPanel->hide();
   layout->addWidget(m_msgPanel);
 
@@ -475,7 +485,7 @@ void TMainWindow::RefreshCallControl() {
   m_offhook->setEnabled(m_main.HookKeys_Enabled);
   m_onhook->setEnabled(m_main.HookKeys_Enabled);
   m_msgPanel->setVisible(m_main.Msg_Panel_Visible);
-  m_msgPanel->setText(m_main.Msg_Panel_Caption + u"  "_s + m_main.Msg_TeLabel);
+  m_msgText->setText(m_main.Msg_Panel_Caption + u"  "_s + m_main.Msg_TeLabel);
   if (!m_main.RingTone_Caption.isEmpty())
     m_ringTone->setText(m_main.RingTone_Caption);
 }

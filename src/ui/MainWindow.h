@@ -53,7 +53,8 @@ private:
   QStackedWidget *m_front = nullptr; // the phone, or the company's panel
   QLabel *m_display = nullptr;
   QComboBox *m_dialBox = nullptr;
-  QLabel *m_msgPanel = nullptr;
+  QWidget *m_msgPanel = nullptr;
+  QLabel *m_msgText = nullptr;
   QPushButton *m_ctrlMode = nullptr;
   QPushButton *m_offhook = nullptr;
   QPushButton *m_onhook = nullptr;
