@@ -58,7 +58,8 @@ QString UsageText() {
          u"  --login      log in at start with the saved number and password, so an\n"
          u"               unattended front-desk PC comes up logged in\n"
          u"  --udp-port N where the exchange's status pushes arrive (default 5009)\n"
-         u"  --screenshot FILE  write a PNG of the main window 4 s after start, then close\n"
+         u"  --screenshot FILE  4 s after start write FILE (the main window) and\n"
+         u"               FILE-<page>.png for its pages and windows, then close\n"
          u"  --version    print the version and exit\n"
          u"  --help       print this text and exit\n"_s;
 }

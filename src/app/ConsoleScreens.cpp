@@ -26,11 +26,15 @@
 #include "ui/UserInfoDialog.h"
 #include "ui/WidgetShell.h"
 
+#include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QMenu>
 #include <QSystemTrayIcon>
+#include <QTabWidget>
 #include <QVBoxLayout>
+
+#include <cstdio>
 
 using namespace Qt::StringLiterals;
 
@@ -148,6 +152,7 @@ void ConsoleScreens::WireTray() {
   menu->addAction(u"显示主界面"_s, this, &ConsoleScreens::RestoreWindow)->setObjectName(u"N7"_s);
   menu->addAction(u"退出"_s, m_window.get(), &QWidget::close)->setObjectName(u"N9"_s);
   tray->setContextMenu(menu);
+  m_window->MinimiseToTray = true;
   connect(tray, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason r) {
     if (r == QSystemTrayIcon::Trigger)
       RunGuarded([this] { m_process.Tasks()->TrayIconClick(); });
@@ -172,4 +177,35 @@ void ConsoleScreens::Show() {
   m_window->show();
   m_process.FirstShow(); // loads the language of the settings
   Retranslate();
+}
+
+bool ConsoleScreens::WritePictures(const QString &file) {
+  bool ok = true;
+  const auto save = [&ok](QWidget *widget, const QString &path) {
+    if (!widget->grab().save(path)) {
+      std::fprintf(stderr, "trunkdesk: could not write %s\n", qUtf8Printable(path));
+      ok = false;
+    }
+  };
+  save(m_window.get(), file);
+  const QString stem = file.endsWith(u".png"_s, Qt::CaseInsensitive) ? file.chopped(4) : file;
+  if (auto *pages = m_window->findChild<QTabWidget *>(u"UserMain_TePageControl"_s)) {
+    const int current = pages->currentIndex();
+    for (int i = 0; i < pages->count(); ++i) {
+      pages->setCurrentIndex(i);
+      save(m_window.get(), stem + u'-' + pages->widget(i)->objectName() + u".png"_s);
+    }
+    pages->setCurrentIndex(current);
+  }
+  for (QWidget *window : m_window->findChildren<QWidget *>()) {
+    if (!window->isWindow() || qobject_cast<QMenu *>(window) || window->objectName().isEmpty())
+      continue;
+    // A window is laid out only once shown; it goes back to how it was.
+    const bool wasVisible = window->isVisible();
+    window->show();
+    QCoreApplication::processEvents();
+    save(window, stem + u'-' + window->objectName() + u".png"_s);
+    window->setVisible(wasVisible);
+  }
+  return ok;
 }

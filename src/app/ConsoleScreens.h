@@ -28,6 +28,11 @@ public:
   // settings, the worker, and the login dialog when the link was never up.
   void Show();
 
+  // Pictures for the screenshots: `file` shows the main window as it stands;
+  // beside it, "<file>-<page>.png" for each working page and each of the
+  // other windows. False when one could not be written (named on stderr).
+  bool WritePictures(const QString &file);
+
   TMainWindow &Window() const { return *m_window; }
   LoginDialog &Login() const { return *m_login; }
   TasksWindow &Tasks() const { return *m_tasks; }

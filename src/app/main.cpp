@@ -68,10 +68,9 @@ int main(int argc, char **argv) {
   screens.Show();
   TMainWindow &window = screens.Window();
   if (!cl.Screenshot.isEmpty()) {
-    // The picture, then the silent close: a script waits for the program to end.
-    QTimer::singleShot(4000, &window, [&window, &process, file = cl.Screenshot] {
-      if (!window.grab().save(file))
-        std::fprintf(stderr, "trunkdesk: could not write %s\n", qUtf8Printable(file));
+    // The pictures, then the silent close: a script waits for the program to end.
+    QTimer::singleShot(4000, &window, [&screens, &process, file = cl.Screenshot] {
+      screens.WritePictures(file);
       process.SilentClose();
     });
   }

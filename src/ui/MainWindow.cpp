@@ -504,3 +504,11 @@ void TMainWindow::closeEvent(QCloseEvent *event) {
   else
     event->ignore(); // No keeps the session
 }
+
+void TMainWindow::changeEvent(QEvent *event) {
+  QMainWindow::changeEvent(event);
+  // Hidden after the state change has been handled, so that showNormal()
+  // brings the window back as it was.
+  if (event->type() == QEvent::WindowStateChange && MinimiseToTray && isMinimized())
+    QTimer::singleShot(0, this, &QWidget::hide);
+}

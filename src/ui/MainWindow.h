@@ -31,6 +31,8 @@ public:
   void ShowNotice(const QString &title, const QString &text, int seconds);
   // Asked when the operator closes the window: true lets it close.
   std::function<bool()> CloseHandler;
+  // With a tray to come back from, minimising hides the window into it.
+  bool MinimiseToTray = false;
 
 signals:
   void settingsRequested();
@@ -40,6 +42,7 @@ signals:
 
 protected:
   void closeEvent(QCloseEvent *event) override;
+  void changeEvent(QEvent *event) override;
 
 private:
   QWidget *BuildPhoneColumn();
