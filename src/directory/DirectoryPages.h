@@ -250,6 +250,10 @@ signals:
   void taskContactChosen(const QString &name);
   // The memo's find dialog is to show, its lower edge on the memo's upper edge.
   void memoFindRequested();
+  // An operation changed what the cards or the search boxes show (their texts,
+  // lists, captions or the contact on the page); the screens show the fields
+  // again. Typing into a control writes its field and raises nothing.
+  void cardsChanged();
 
 private:
   // The page read as saving writes it: unlike GetMatRecord, with its own memo.

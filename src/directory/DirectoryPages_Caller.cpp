@@ -47,6 +47,7 @@ void TDirectoryPages::ShowCallerInfo(const QString &field, const QString &number
     CON_Phone1_LMDEdit = number;
     CurrentConID = -1;
     ConEdit_LMDButton_Caption = LangText(275);
+    emit cardsChanged();
     return;
   }
   CON_Name_LMDEdit = q.AsString(u"name"_s);
@@ -65,6 +66,7 @@ void TDirectoryPages::ShowCallerInfo(const QString &field, const QString &number
   CON_Memo_Memo = q.AsString(u"Memo"_s);
   CurrentConID = q.AsInteger(u"ID"_s);
   ConEdit_LMDButton_Caption = LangText(276);
+  emit cardsChanged();
 }
 
 void TDirectoryPages::ConEdit_LMDButtonClick() {
@@ -75,6 +77,7 @@ void TDirectoryPages::ConEdit_LMDButtonClick() {
   SetMatRecord(record);
   CurrentMatID = CurrentConID;
   MatChanged = false;
+  emit cardsChanged();
 }
 
 TLmdlistItemRam TDirectoryPages::BuildLiveCallItem(const QString &field, const QString &number,

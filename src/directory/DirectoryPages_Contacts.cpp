@@ -39,6 +39,7 @@ void TDirectoryPages::ClearMatFields() {
   Mat_IDCard_TeSEdit.clear();
   Mat_GrpName_TeSComboBox.clear();
   MatChanged = false;
+  emit cardsChanged();
 }
 
 TMaininfoRecord TDirectoryPages::ReadMatPage() const {
@@ -119,6 +120,7 @@ void TDirectoryPages::SetMatRecord(const TMaininfoRecord &r) {
       before.MSN != after.MSN || before.Duty != after.Duty || before.Fax != after.Fax ||
       before.IDCard != after.IDCard || before.Memo != after.Memo || before.GrpName != after.GrpName)
     MatChanged = true;
+  emit cardsChanged();
 }
 
 void TDirectoryPages::SetContactColumns(TADOQuery &q, const TMaininfoRecord &r) {
@@ -194,6 +196,7 @@ void TDirectoryPages::LMDButton26Click() {
       MainInfo_DBAdvStringGrid.RefreshQuery();
     RefreshGroupNames();
   }
+  emit cardsChanged(); // a new contact's ID
 }
 
 void TDirectoryPages::LMDButton25Click() {
@@ -203,6 +206,7 @@ void TDirectoryPages::LMDButton25Click() {
   }
   ClearMatFields();
   CurrentMatID = -1;
+  emit cardsChanged();
 }
 
 void TDirectoryPages::FillGroupNames(QStringList &items) {
@@ -220,14 +224,17 @@ void TDirectoryPages::RefreshGroupNames() {
   FillGroupNames(Mat_GrpName_TeSComboBox_Items);
   FillGroupNames(Con_GrpName_TeSComboBox_Items);
   FillGroupNames(Find_GrpName_TeSComboBox_Items);
+  emit cardsChanged();
 }
 
 void TDirectoryPages::Mat_GrpName_TeSComboBoxDropDown() {
   FillGroupNames(Mat_GrpName_TeSComboBox_Items);
+  emit cardsChanged();
 }
 
 void TDirectoryPages::Con_GrpName_TeSComboBoxDropDown() {
   FillGroupNames(Con_GrpName_TeSComboBox_Items);
+  emit cardsChanged();
 }
 
 void TDirectoryPages::LMDButton29Click(const QString &memoSelection) {
@@ -262,6 +269,7 @@ void TDirectoryPages::N8Click() {
   MAT_Name_LMDEdit = name;
   MAT_Phone1_LMDEdit = phone;
   MAT_MobilePhone_LMDEdit = mobile;
+  emit cardsChanged();
 }
 
 namespace {
@@ -300,11 +308,13 @@ QString ImTarget(int tag, const QString &email, const QString &web, const QStrin
 void TDirectoryPages::ok1Click(const QString &entryCaption) {
   Inernet_LMDButton_Caption = entryCaption;
   Inernet_LMDButton_Tag = ImTagOf(entryCaption, Inernet_LMDButton_Tag);
+  emit cardsChanged();
 }
 
 void TDirectoryPages::ok2Click(const QString &entryCaption) {
   Con_Inernet_LMDButton_Caption = entryCaption;
   Con_Inernet_LMDButton_Tag = ImTagOf(entryCaption, Con_Inernet_LMDButton_Tag);
+  emit cardsChanged();
 }
 
 void TDirectoryPages::Inernet_LMDButtonClick() {

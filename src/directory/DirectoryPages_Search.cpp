@@ -178,6 +178,7 @@ void TDirectoryPages::MainInfo_DBAdvStringGridDblClick(int row) {
   emit pageRequested(Page::Mat_TeTabSheet);
   CurrentMatID = q.AsInteger(u"ID"_s);
   MatChanged = false;
+  emit cardsChanged();
 }
 
 void TDirectoryPages::DeleteGridContact(int questionKey) {
@@ -192,6 +193,7 @@ void TDirectoryPages::DeleteGridContact(int questionKey) {
   if (gone.ID == CurrentMatID) {
     ClearMatFields();
     CurrentMatID = -1;
+    emit cardsChanged();
   }
   grid.DeleteCurrent();
   UpdateCallLists(ListUpdate::Deleted, gone);

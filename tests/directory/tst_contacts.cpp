@@ -645,6 +645,92 @@ private slots:
     QVERIFY(!p.FindDialog1Find());
     QCOMPARE(b.shell.Messages.last().Text, LangText(272));
   }
+
+  // The screens show the cards again when told; what they are told last must
+  // be the operation's end state, or a field set after the signal stays unseen.
+  void cardChangesReachTheScreens_data() {
+    QTest::addColumn<int>("operation");
+    const char *const names[] = {"known caller",
+                                 "unknown caller",
+                                 "caller to contact card",
+                                 "grid double click",
+                                 "new",
+                                 "save a new contact",
+                                 "paste",
+                                 "messenger choice",
+                                 "delete the card's contact"};
+    for (int i = 0; i < int(std::size(names)); ++i)
+      QTest::newRow(names[i]) << i;
+  }
+  void cardChangesReachTheScreens() {
+    QFETCH(int, operation);
+    Book b;
+    b.shell.Answer = true;
+    TDirectoryPages &p = b.pages;
+    const int id = b.Store(u"李雷"_s, u"02150001111"_s, u"13900001111"_s, u"海港"_s);
+    p.FindByName(u"李"_s);
+    const auto state = [&p] {
+      TMaininfoRecord r;
+      p.GetMatRecord(r);
+      TMaininfoRecord c;
+      p.GetConRecord(c);
+      return QStringList{r.Name,
+                         r.Phone1,
+                         r.MobilePhone,
+                         r.QQ,
+                         p.Mat_Memo_Memo,
+                         QString::number(p.CurrentMatID),
+                         c.Name,
+                         c.Phone1,
+                         p.ConEdit_LMDButton_Caption,
+                         p.Inernet_LMDButton_Caption,
+                         p.Con_Inernet_LMDButton_Caption,
+                         p.Mat_GrpName_TeSComboBox_Items.join(u'|')};
+    };
+    QStringList told;
+    connect(&p, &TDirectoryPages::cardsChanged, &p, [&] { told = state(); });
+    switch (operation) {
+    case 0:
+      p.ShowCallerInfo(u"Phone1"_s, u"13900001111"_s);
+      break;
+    case 1:
+      p.ShowCallerInfo(u"Phone1"_s, u"8000"_s);
+      break;
+    case 2:
+      p.ShowCallerInfo(u"Phone1"_s, u"13900001111"_s);
+      p.ConEdit_LMDButtonClick();
+      break;
+    case 3:
+      p.MainInfo_DBAdvStringGridDblClick(0);
+      break;
+    case 4:
+      p.MAT_Name_LMDEdit = u"typed"_s;
+      p.LMDButton25Click();
+      break;
+    case 5:
+      p.MAT_Name_LMDEdit = u"新人"_s;
+      p.Mat_GrpName_TeSComboBox = u"VIP"_s;
+      p.LMDButton26Click();
+      break;
+    case 6:
+      p.MAT_Company_LMDEdit = u"公司"_s;
+      p.N4Click();
+      p.MAT_Name_LMDEdit = u"乙"_s;
+      p.N8Click();
+      break;
+    case 7:
+      p.ok1Click(u"QQ"_s);
+      p.ok2Click(LangText(269));
+      break;
+    case 8:
+      p.MainInfo_DBAdvStringGridDblClick(0);
+      QCOMPARE(p.CurrentMatID, id);
+      p.TeSpeedButton6Click();
+      break;
+    }
+    QVERIFY(!told.isEmpty());
+    QCOMPARE(told, state());
+  }
 };
 
 QTEST_GUILESS_MAIN(ContactsTest)
