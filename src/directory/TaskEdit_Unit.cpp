@@ -102,11 +102,11 @@ void TTaskEdit_Form::TeButton5Click() {
   FindDialog1_Visible = true;
 }
 
-void TTaskEdit_Form::FindDialog1Find() {
+bool TTaskEdit_Form::FindDialog1Find() {
   // The description may have been edited while the dialog was open.
   QString memo = Context_TeMemo;
   memo.replace(u"\r\n"_s, u"\n"_s);
   if (FindDialog1.Lines().join(u'\n') != memo)
     FindDialog1.SetText(Context_TeMemo);
-  FindDialog1.FindNext(FindDialog1_FindText);
+  return FindDialog1.FindNext(FindDialog1_FindText);
 }

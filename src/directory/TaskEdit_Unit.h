@@ -51,7 +51,7 @@ public:
   void save_TeButtonClick();
   void TeButton1Click(); // the related contact's card
   void TeButton5Click(); // "文本搜索"
-  void FindDialog1Find();
+  bool FindDialog1Find(); // true on a hit
 
 private:
   TTasks_Form *m_tasks;

@@ -4,10 +4,11 @@
 #include "directory/TaskModel.h"
 #include "directory/Tasks_Unit.h"
 #include "support/Shell.h"
+#include "ui/MemoFindDialog.h"
 #include "ui/Named.h"
 
 #include <QDateTimeEdit>
-#include <QFormLayout>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -102,32 +103,66 @@ TaskEditWindow::TaskEditWindow(TTaskEdit_Form &edit, QWidget *parent)
     : QWidget(parent, Qt::Window), m_edit(edit) {
   setObjectName(u"TTaskEdit_Form"_s);
   setWindowTitle(u"事务"_s);
-  resize(420, 360);
-  auto *form = new QFormLayout;
-  m_title = new QLineEdit(this);
-  m_title->setObjectName(u"Title_TeSEdit"_s);
-  m_context = new QPlainTextEdit(this);
-  m_context->setObjectName(u"Context_TeMemo"_s);
-  m_contacter = new QLineEdit(this);
-  m_contacter->setObjectName(u"contacter_TeEdit"_s);
-  m_deadline = new QDateTimeEdit(this);
-  m_deadline->setObjectName(u"LastTime_TeDateTimePicker"_s);
+  resize(440, 400);
+  m_title = NamedEdit(u"Title_TeSEdit"_s, this);
+  m_context = Named<QPlainTextEdit>(u"Context_TeMemo"_s, this);
+  m_contacter = NamedEdit(u"contacter_TeEdit"_s, this);
+  m_deadline = Named<QDateTimeEdit>(u"LastTime_TeDateTimePicker"_s, this);
   m_deadline->setCalendarPopup(true);
   m_deadline->setDisplayFormat(u"yyyy-MM-dd hh:mm"_s);
-  form->addRow(u"标题:"_s, m_title);
-  form->addRow(u"内容:"_s, m_context);
-  form->addRow(u"联系人:"_s, m_contacter);
-  form->addRow(u"期限:"_s, m_deadline);
+  m_created = NamedLabel(u"CreateTime_TeDateTimePicker"_s, QString(), this);
+  m_finished = NamedLabel(u"finishTime_TeLabel"_s, QString(), this);
+
+  // The description's search, and the related contact's card in the contact book.
+  auto *search = NamedButton(u"TeButton5"_s, u"文本搜索"_s, this);
+  auto *card = NamedButton(u"TeButton1"_s, u"查看联系人"_s, this);
+  m_find = new MemoFindDialog(edit.FindDialog1, m_context, this);
+  m_find->FindNext = [this](const QString &text) {
+    m_edit.FindDialog1_FindText = text;
+    ToLogic();
+    return m_edit.FindDialog1Find();
+  };
+  connect(search, &QPushButton::clicked, this, [this] {
+    ToLogic();
+    m_edit.Context_SelText = m_context->textCursor().selectedText();
+    m_edit.TeButton5Click();
+    m_find->Open(m_edit.FindDialog1_FindText);
+  });
+  connect(card, &QPushButton::clicked, this, [this] {
+    ToLogic();
+    RunGuarded([this] { m_edit.TeButton1Click(); });
+  });
+
+  auto *form = new QGridLayout;
+  const auto label = [this](const char16_t *name, const char16_t *text) {
+    return NamedLabel(QString::fromUtf16(name), QString::fromUtf16(text), this);
+  };
+  form->addWidget(label(u"Title_TeLabel", u"标    题:"), 0, 0);
+  form->addWidget(m_title, 0, 1, 1, 2);
+  form->addWidget(label(u"Context_TeLabel", u"内    容:"), 1, 0, Qt::AlignTop);
+  form->addWidget(m_context, 1, 1, 1, 2);
+  form->addWidget(search, 2, 2, Qt::AlignRight);
+  form->addWidget(label(u"contacter_TeLabel", u"关 联 人:"), 3, 0);
+  form->addWidget(m_contacter, 3, 1);
+  form->addWidget(card, 3, 2);
+  form->addWidget(label(u"LastTime_TeLabel", u"截止时间:"), 4, 0);
+  form->addWidget(m_deadline, 4, 1, 1, 2);
+  form->addWidget(label(u"CreateTime_TeLabel", u"创建时间:"), 5, 0);
+  form->addWidget(m_created, 5, 1, 1, 2);
+  form->addWidget(label(u"FinishTimeTitle_TeLabel", u"完成时间:"), 6, 0);
+  form->addWidget(m_finished, 6, 1, 1, 2);
+  form->setColumnStretch(1, 1);
+  form->setRowStretch(1, 1);
   auto *layout = new QVBoxLayout(this);
-  layout->addLayout(form);
+  layout->addLayout(form, 1);
   auto *keys = new QHBoxLayout;
   const struct {
     const char16_t *Name;
     const char16_t *Text;
     void (TTaskEdit_Form::*Click)();
-  } kKeys[] = {{u"save_TeButton", u"保存", &TTaskEdit_Form::save_TeButtonClick},
-               {u"finish_TeButton", u"完成", &TTaskEdit_Form::finish_TeButtonClick},
-               {u"unfinish_TeButton", u"未完成", &TTaskEdit_Form::unfinish_TeButtonClick}};
+  } kKeys[] = {{u"save_TeButton", u"保 存", &TTaskEdit_Form::save_TeButtonClick},
+               {u"finish_TeButton", u"标注为完成", &TTaskEdit_Form::finish_TeButtonClick},
+               {u"unfinish_TeButton", u"标注为未完成", &TTaskEdit_Form::unfinish_TeButtonClick}};
   for (const auto &k : kKeys) {
     auto *b = NamedButton(QString::fromUtf16(k.Name), QString::fromUtf16(k.Text), this);
     const auto click = k.Click;
@@ -152,6 +187,9 @@ void TaskEditWindow::FromLogic() {
   m_title->setText(m_edit.Title_TeSEdit);
   m_context->setPlainText(m_edit.Context_TeMemo);
   m_contacter->setText(m_edit.contacter_TeEdit);
+  const QDateTime created = m_edit.CreateTime_TeDateTimePicker.ToQDateTime();
+  m_created->setText(created.isValid() ? created.toString(u"yyyy-MM-dd hh:mm"_s) : QString());
+  m_finished->setText(m_edit.finishTime_TeLabel);
   const QDateTime deadline = m_edit.LastTime_TeDateTimePicker.ToQDateTime();
   m_deadline->setDateTime(deadline.isValid() ? deadline : QDateTime::currentDateTime());
 }

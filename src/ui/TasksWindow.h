@@ -2,7 +2,9 @@
 
 #include <QWidget>
 
+class MemoFindDialog;
 class QDateTimeEdit;
+class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
 class QTableView;
@@ -25,7 +27,8 @@ private:
   QTableView *m_grid;
 };
 
-// One task: title, description, related contact, deadline; save, finish.
+// One task: title, description with its search, related contact with its card,
+// deadline and the dates it was made and finished; save, finish.
 class TaskEditWindow : public QWidget {
   Q_OBJECT
 
@@ -41,4 +44,7 @@ private:
   QPlainTextEdit *m_context;
   QLineEdit *m_contacter;
   QDateTimeEdit *m_deadline;
+  QLabel *m_created;
+  QLabel *m_finished;
+  MemoFindDialog *m_find;
 };
