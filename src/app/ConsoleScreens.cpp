@@ -168,6 +168,7 @@ void ConsoleScreens::RestoreWindow() {
 }
 
 void ConsoleScreens::Retranslate() {
+  m_process.Main()->Pages().RetranslateCaptions();
   m_legend->Retranslate();
   m_board->viewport()->update();
 }

@@ -74,6 +74,9 @@ public:
   void LoadCallItem(const QString &field, const QString &number, int rowNo, TCallListModel &list,
                     TDateTime when);
   void ConEdit_LMDButtonClick();
+  // After a language switch: the captions that tell a state (which shared
+  // field shows, whether the caller is known) in the new language's words.
+  void RetranslateCaptions();
 
   // How a ringing call is announced is the call handling's; these are the ways
   // it can ask for here.
@@ -268,6 +271,9 @@ private:
 
   void FillGroupNames(QStringList &items);
   void RunCompanySearch(const QString &text, const QString &selected);
+  // A search started away from the search page: the grid, and the page to the
+  // front when it found rows.
+  void ShowSearchFromCard(const QString &sql);
   void RunNamedSearch(const QString &sql);
 
   int m_loadGeneration = 0;

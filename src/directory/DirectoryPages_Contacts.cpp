@@ -19,6 +19,28 @@ TDirectoryPages::TDirectoryPages(QObject *parent) : QObject(parent) {
 
 TDirectoryPages::~TDirectoryPages() = default;
 
+namespace {
+QString ImCaption(int tag) {
+  switch (tag) {
+  case TDirectoryPages::ImWeb:
+    return LangText(269);
+  case TDirectoryPages::ImQQ:
+    return u"QQ"_s;
+  case TDirectoryPages::ImMSN:
+    return u"MSN"_s;
+  default:
+    return LangText(268);
+  }
+}
+} // namespace
+
+void TDirectoryPages::RetranslateCaptions() {
+  Inernet_LMDButton_Caption = ImCaption(Inernet_LMDButton_Tag);
+  Con_Inernet_LMDButton_Caption = ImCaption(Con_Inernet_LMDButton_Tag);
+  ConEdit_LMDButton_Caption = LangText(CurrentConID == -1 ? 275 : 276);
+  emit cardsChanged();
+}
+
 void TDirectoryPages::ClearMatFields() {
   MAT_Name_LMDEdit.clear();
   MAT_BranchTel_LMDEdit.clear();

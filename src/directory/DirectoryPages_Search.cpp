@@ -80,11 +80,18 @@ void TDirectoryPages::RunCompanySearch(const QString &text, const QString &selec
     return;
   const QString sql =
       u"select * from Maininfo where (company like '%"_s + SqlText(company) + u"%') "_s;
+  ShowSearchFromCard(sql);
+}
+
+void TDirectoryPages::ShowSearchFromCard(const QString &sql) {
   MainInfo_DBAdvStringGrid.OpenSQL(sql);
   // An empty result is not worth sorting later: the last search that found
   // something stays the one a title click sorts.
-  if (!MainInfo_ADOQuery.IsEmpty())
-    LastMainInfoSQL = sql;
+  if (MainInfo_ADOQuery.IsEmpty())
+    return;
+  LastMainInfoSQL = sql;
+  // The key was pressed on a card or in a task: the rows are on another page.
+  emit pageRequested(Page::Find_TeTabSheet);
 }
 
 void TDirectoryPages::LMDButton27Click() {
@@ -98,9 +105,7 @@ void TDirectoryPages::LMDButton31Click() {
 void TDirectoryPages::FindByName(const QString &name) {
   const QString sql =
       u"select * from Maininfo where (name like '%"_s + SqlText(name.trimmed()) + u"%') "_s;
-  MainInfo_DBAdvStringGrid.OpenSQL(sql);
-  if (!MainInfo_ADOQuery.IsEmpty())
-    LastMainInfoSQL = sql;
+  ShowSearchFromCard(sql);
 }
 
 QString TDirectoryPages::AndSearchSQL() const {

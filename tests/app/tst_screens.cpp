@@ -5,6 +5,7 @@
 #include "app/ConsoleScreens.h"
 #include "common/TestHome.h"
 #include "core/console/Main_Form.h"
+#include "directory/DirectoryPages.h"
 #include "support/LanguagePack.h"
 #include "support/Settings.h"
 #include "support/Shell.h"
@@ -97,6 +98,11 @@ private slots:
     auto *chinese = c.Find<QAction>(u"N19"_s);
     QVERIFY(pages && lists && missed && english && chinese);
     const QString boardZh = TabText(pages, u"Branchs_TeTabSheet"_s);
+    // The contact card shows the web address in the shared field.
+    c.process.Main()->Pages().ok1Click(LangText(269));
+    auto *shared = c.Find<QAbstractButton>(u"Inernet_LMDButton"_s);
+    QVERIFY(shared);
+    QCOMPARE(shared->text(), LangText(269));
     const QString header0Zh = missed->model()->headerData(0, Qt::Horizontal).toString();
 
     english->trigger();
@@ -105,6 +111,8 @@ private slots:
     QVERIFY(TabText(lists, u"Lost_TeTabSheet"_s).contains(u"issed"_s));
     QVERIFY(missed->model()->headerData(0, Qt::Horizontal).toString() != header0Zh);
     QCOMPARE(c.Find<QAbstractButton>(u"tefxButton7"_s)->text(), u"Locate"_s);
+    // The shared field still shows the web address, and says so in English.
+    QCOMPARE(shared->text(), LangText(269));
     // A window that is open follows as well as the main one.
     QCOMPARE(c.screens->Login().findChild<QAbstractButton *>(u"Login_TeButton"_s)->text(),
              LangText(783));

@@ -208,6 +208,8 @@ private slots:
     p.findGrpname_TeButtonClick();
     QVERIFY(found("group"));
     p.MainInfo_DBAdvStringGrid.CloseQuery();
+    // The searches started from a card or a task bring the search page forward.
+    QSignalSpy toSearch(&p, &TDirectoryPages::pageRequested);
     p.MAT_Company_LMDEdit = u"  "_s + text + u"  "_s;
     p.LMDButton27Click();
     QVERIFY(found("company, contact page"));
@@ -219,6 +221,9 @@ private slots:
     p.MainInfo_DBAdvStringGrid.CloseQuery();
     p.FindByName(text);
     QVERIFY(found("FindByName"));
+    QCOMPARE(toSearch.count(), 3);
+    QCOMPARE(toSearch.last().at(0).value<TDirectoryPages::Page>(),
+             TDirectoryPages::Page::Find_TeTabSheet);
 
     // The combined searches, one box at a time and all boxes but e-mail together.
     struct Box {
