@@ -390,9 +390,14 @@ QWidget *TMainWindow::BuildPhoneColumn() {
   auto *incoming = new QLabel(u"最新来电"_s, column);
   incoming->setObjectName(u"Incoming_TeTabSheet"_s); // its language text is the hidden page's
   layout->addWidget(incoming);
-  layout->addWidget(CallList(u"Incomings_LMDListBox"_s, m_main.Pages().Incomings_LMDListBox,
-                             m_main.Pages(), column, false),
-                    1);
+  CallListView *ringing = CallList(u"Incomings_LMDListBox"_s, m_main.Pages().Incomings_LMDListBox,
+                                   m_main.Pages(), column, false);
+  // The column is narrow: who, from where and when; the card shows the rest.
+  for (int c : {2, 3, 4})
+    ringing->setColumnHidden(c, true);
+  ringing->setColumnWidth(0, 80);
+  ringing->setColumnWidth(1, 110);
+  layout->addWidget(ringing, 1);
   return column;
 }
 
