@@ -111,7 +111,14 @@ QWidget *ConsoleScreens::BuildBoardPage() {
   connect(locate, &QPushButton::clicked, this, findNow);
   keys->addWidget(find);
   keys->addWidget(locate);
-  layout->addWidget(m_legend);
+  // The legend, and the reminder that its colours can be changed.
+  auto *legendRow = new QHBoxLayout;
+  legendRow->addWidget(m_legend);
+  legendRow->addStretch(1);
+  auto *legendHint = NamedLabel(u"TeLabel13"_s, u"双击色块可修改颜色"_s, page);
+  legendHint->setStyleSheet(u"color: palette(mid);"_s);
+  legendRow->addWidget(legendHint);
+  layout->addLayout(legendRow);
   layout->addLayout(keys);
   layout->addWidget(m_board, 1);
   return page;

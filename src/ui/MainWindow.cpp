@@ -386,10 +386,18 @@ QWidget *TMainWindow::BuildPhoneColumn() {
   hook->addWidget(m_onhook);
   layout->addLayout(hook);
 
+  // Do-not-disturb of the console's own extension.
+  auto *dnd = new QHBoxLayout;
+  auto *dndOn = Key(u"tefxButton5"_s, u"免打扰开"_s, column);
+  auto *dndOff = Key(u"tefxButton6"_s, u"免打扰关"_s, column);
+  connect(dndOn, &QPushButton::clicked, this, [this] { m_main.tefxButton5Click(); });
+  connect(dndOff, &QPushButton::clicked, this, [this] { m_main.tefxButton6Click(); });
+  dnd->addWidget(dndOn);
+  dnd->addWidget(dndOff);
+  layout->addLayout(dnd);
+
   // The calls ringing now.
-  auto *incoming = new QLabel(u"最新来电"_s, column);
-  incoming->setObjectName(u"Incoming_TeTabSheet"_s); // its language text is the hidden page's
-  layout->addWidget(incoming);
+  layout->addWidget(NamedLabel(u"TeAdvancedLabel3"_s, u"最新来电"_s, column));
   CallListView *ringing = CallList(u"Incomings_LMDListBox"_s, m_main.Pages().Incomings_LMDListBox,
                                    m_main.Pages(), column, false);
   // The column is narrow: who, from where and when; the card shows the rest.
