@@ -1,6 +1,7 @@
 // The dialogs as the operator meets them, driven through their controls'
 // objectNames: what they show, what they hand to the logic, how they follow a
 // language switch and where the pop-up stands.
+#include "common/Controls.h"
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
 #include "core/console/Login_Form.h"
@@ -28,13 +29,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-template <typename T> T *Control(QWidget *window, const QString &name) {
-  T *control = window->findChild<T *>(name);
-  if (!control)
-    qFatal("no control %s", qPrintable(name));
-  return control;
-}
-
 struct LoginDesk {
   TestHome home;
   RecordingShell shell;

@@ -3,6 +3,7 @@
 // a caller's lookup reaching the call card, the shared messenger field, the
 // mobile menus of the two cards, the memo's find dialog, and the language texts
 // reaching every control.
+#include "common/Controls.h"
 #include "common/RecordingShell.h"
 #include "common/StoreFixture.h"
 #include "common/TestHome.h"
@@ -33,13 +34,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-template <typename T> T *Control(QWidget *in, const QString &name) {
-  T *control = in->findChild<T *>(name);
-  if (!control)
-    qFatal("no control %s", qPrintable(name));
-  return control;
-}
-
 // The three pages in a tab widget as the main window holds them.
 struct Desk {
   TestHome home;
