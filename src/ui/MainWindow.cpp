@@ -118,6 +118,7 @@ CallListView *CallList(const QString &name, TCallListModel &list, TDirectoryPage
   v->verticalHeader()->hide();
   v->horizontalHeader()->setStretchLastSection(true);
   v->setAlternatingRowColors(true);
+  v->setWordWrap(false); // one line a call: a time never breaks in two
   return v;
 }
 } // namespace
@@ -403,8 +404,8 @@ QWidget *TMainWindow::BuildPhoneColumn() {
   // The column is narrow: who, from where and when; the card shows the rest.
   for (int c : {2, 3, 4})
     ringing->setColumnHidden(c, true);
-  ringing->setColumnWidth(0, 80);
-  ringing->setColumnWidth(1, 110);
+  ringing->setColumnWidth(0, 64);
+  ringing->setColumnWidth(1, 104);
   layout->addWidget(ringing, 1);
   return column;
 }
