@@ -124,23 +124,18 @@ QWidget *ConsoleScreens::BuildBoardPage() {
   return page;
 }
 
+// Each window binds its own language texts as it is built.
 void ConsoleScreens::BuildWindows() {
   ConsoleProcess &p = m_process;
   TMainWindow *w = m_window.get();
+  // The main window owns them; each shows and hides as its logic says.
   m_login = new LoginDialog(*p.Login(), w);
-  BindLanguage(*p.Login(), m_login);
-  auto *settings = new SettingsDialog(*p.Sysset(), w);
-  BindLanguage(*p.Sysset(), settings);
-  auto *userInfo = new UserInfoDialog(*p.UserInfo(), w);
-  BindLanguage(*p.UserInfo(), userInfo);
-  auto *gsm = new GsmDialog(*p.Gsm(), w);
-  BindLanguage(*p.Gsm(), gsm);
+  new SettingsDialog(*p.Sysset(), w);
+  new UserInfoDialog(*p.UserInfo(), w);
+  new GsmDialog(*p.Gsm(), w);
   m_tasks = new TasksWindow(*p.Tasks(), w);
-  BindLanguage(*p.Tasks(), m_tasks);
-  auto *taskEdit = new TaskEditWindow(p.Tasks()->EditForm(), w);
-  BindLanguage(p.Tasks()->EditForm(), taskEdit);
+  new TaskEditWindow(p.Tasks()->EditForm(), w);
   m_popMsg = std::make_unique<PopMsgWindow>(*p.PopMsg());
-  BindLanguage(*p.PopMsg(), m_popMsg.get());
 
   connect(w, &TMainWindow::settingsRequested, this, [&p] { p.Sysset()->Show(); });
   connect(p.Main(), &TMain_Form::settingsRequested, this, [&p] { p.Sysset()->Show(); });

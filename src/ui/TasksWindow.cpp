@@ -4,6 +4,7 @@
 #include "directory/TaskModel.h"
 #include "directory/Tasks_Unit.h"
 #include "support/Shell.h"
+#include "ui/LanguageBinding.h"
 #include "ui/MemoFindDialog.h"
 #include "ui/Named.h"
 
@@ -87,6 +88,7 @@ TasksWindow::TasksWindow(TTasks_Form &tasks, QWidget *parent)
   });
   connect(&tasks, &TFormLogic::shown, this, &QWidget::show);
   connect(&tasks, &TFormLogic::closed, this, &QWidget::hide);
+  BindLanguage(tasks, this);
 }
 
 void TasksWindow::Toggle() {
@@ -181,6 +183,7 @@ TaskEditWindow::TaskEditWindow(TTaskEdit_Form &edit, QWidget *parent)
     raise();
   });
   connect(&edit, &TFormLogic::closed, this, &QWidget::hide);
+  BindLanguage(edit, this);
 }
 
 void TaskEditWindow::FromLogic() {
