@@ -1,8 +1,8 @@
 // The board's layout over 3072 panels, and enumerating 3072 devices from the
 // simulated exchange over loopback.
-#include "core/link/ExchangeLink.h"
-#include "core/link/Public_Unit.h"
-#include "core/link/SysParam.h"
+#include "link/ExchangeLink.h"
+#include "link/Public_Unit.h"
+#include "link/SysParam.h"
 #include "devices/CallControlDev.h"
 #include "devices/DeviceEvents.h"
 #include "devices/PhoneBoard.h"

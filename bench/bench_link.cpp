@@ -1,8 +1,8 @@
 // How fast packets go through the console: the walk and dispatcher alone, and
 // end to end from the simulated exchange over loopback. Debug is 0 in both, as
 // at a front desk.
-#include "core/console/Main_Form.h"
-#include "core/link/Public_Unit.h"
+#include "console/Main_Form.h"
+#include "link/Public_Unit.h"
 #include "support/Paths.h"
 #include "support/Settings.h"
 

@@ -1,7 +1,7 @@
 // How fast the UDP event channel takes status datagrams: the handling alone, and
 // end to end over loopback with the 3072 device IDs in turn. Debug is 0, as at a
 // front desk.
-#include "core/link/Public_Unit.h"
+#include "link/Public_Unit.h"
 #include "devices/DeviceTypes.h"
 #include "devices/UDPServerMain.h"
 #include "support/Paths.h"

@@ -1,8 +1,8 @@
 #include "app/ConsoleProcess.h"
 
-#include "core/console/Login_Form.h"
-#include "core/console/Main_Form.h"
-#include "core/console/UserInfo_Form.h"
+#include "console/Login_Form.h"
+#include "console/Main_Form.h"
+#include "console/UserInfo_Form.h"
 #include "devices/DeviceEvents.h"
 #include "devices/GSM_Unit.h"
 #include "devices/UDPServerMain.h"

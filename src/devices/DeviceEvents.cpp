@@ -1,6 +1,6 @@
 #include "devices/DeviceEvents.h"
 
-#include "core/link/Public_Unit.h"
+#include "link/Public_Unit.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
 #include "support/Settings.h"

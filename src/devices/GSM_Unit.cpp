@@ -1,7 +1,7 @@
 #include "devices/GSM_Unit.h"
 
-#include "core/link/Public_Unit.h"
-#include "core/link/SysParam.h"
+#include "link/Public_Unit.h"
+#include "link/SysParam.h"
 #include "support/LanguagePack.h"
 #include "support/Settings.h"
 #include "support/Shell.h"

@@ -1,6 +1,6 @@
 #include "devices/NetModule.h"
 
-#include "core/link/Public_Unit.h"
+#include "link/Public_Unit.h"
 
 namespace {
 void SendRecord(int type, quint16 at16, qint16 at18, bool with18) {

@@ -1,6 +1,6 @@
 #include "devices/UDPServerMain.h"
 
-#include "core/link/Public_Unit.h"
+#include "link/Public_Unit.h"
 #include "devices/DeviceTypes.h"
 #include "directory/SysDM_Unit.h"
 #include "support/Clock.h"

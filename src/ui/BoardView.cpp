@@ -1,6 +1,6 @@
 #include "ui/BoardView.h"
 
-#include "core/console/Main_Form.h"
+#include "console/Main_Form.h"
 #include "devices/DeviceEvents.h"
 #include "devices/PhoneBoard.h"
 #include "support/Paths.h"

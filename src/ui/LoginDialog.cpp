@@ -1,6 +1,6 @@
 #include "ui/LoginDialog.h"
 
-#include "core/console/Login_Form.h"
+#include "console/Login_Form.h"
 #include "support/Shell.h"
 #include "ui/LanguageBinding.h"
 #include "ui/Named.h"

@@ -1,7 +1,7 @@
 #include "ui/MainWindow.h"
 
-#include "core/console/Main_Form.h"
-#include "core/link/SysParam.h"
+#include "console/Main_Form.h"
+#include "link/SysParam.h"
 #include "directory/DirectoryPages.h"
 #include "support/Clock.h"
 #include "support/LanguagePack.h"

@@ -1,6 +1,6 @@
 #include "ui/UserInfoDialog.h"
 
-#include "core/console/UserInfo_Form.h"
+#include "console/UserInfo_Form.h"
 #include "ui/LanguageBinding.h"
 
 #include <QFontDatabase>

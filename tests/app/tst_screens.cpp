@@ -4,7 +4,7 @@
 #include "app/ConsoleProcess.h"
 #include "app/ConsoleScreens.h"
 #include "common/TestHome.h"
-#include "core/console/Main_Form.h"
+#include "console/Main_Form.h"
 #include "directory/DirectoryPages.h"
 #include "support/LanguagePack.h"
 #include "support/Settings.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/link/Public_Unit.h"
+#include "link/Public_Unit.h"
 
 #include <QByteArray>
 #include <QList>

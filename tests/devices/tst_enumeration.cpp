@@ -2,9 +2,9 @@
 // absent, fetches the class names and asks for the recording server.
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
-#include "core/link/ExchangeLink.h"
-#include "core/link/Public_Unit.h"
-#include "core/link/SysParam.h"
+#include "link/ExchangeLink.h"
+#include "link/Public_Unit.h"
+#include "link/SysParam.h"
 #include "devices/DeviceEvents.h"
 #include "devices/PhoneBoard.h"
 #include "support/Settings.h"

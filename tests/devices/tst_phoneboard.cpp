@@ -2,8 +2,8 @@
 // the drop.
 #include "common/PacketCapture.h"
 #include "common/TestHome.h"
-#include "core/link/Public_Unit.h"
-#include "core/link/SysParam.h"
+#include "link/Public_Unit.h"
+#include "link/SysParam.h"
 #include "devices/PhoneBoard.h"
 #include "support/Log.h"
 #include "support/Settings.h"

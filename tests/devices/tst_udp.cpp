@@ -2,7 +2,7 @@
 // what reaches the device table's handler and what lands in the store.
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
-#include "core/link/Public_Unit.h"
+#include "link/Public_Unit.h"
 #include "devices/UDPServerMain.h"
 #include "directory/SysDM_Unit.h"
 #include "support/Clock.h"

@@ -3,9 +3,9 @@
 // legend's colour choice.
 #include "common/PacketCapture.h"
 #include "common/TestHome.h"
-#include "core/console/Main_Form.h"
-#include "core/link/Public_Unit.h"
-#include "core/link/SysParam.h"
+#include "console/Main_Form.h"
+#include "link/Public_Unit.h"
+#include "link/SysParam.h"
 #include "devices/PhoneBoard.h"
 #include "support/LanguagePack.h"
 #include "ui/BoardView.h"

@@ -2,7 +2,7 @@
 // double click and call-back entry, and the quit question.
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
-#include "core/console/Main_Form.h"
+#include "console/Main_Form.h"
 #include "directory/DirectoryPages.h"
 #include "directory/SysDM_Unit.h"
 #include "support/LanguagePack.h"

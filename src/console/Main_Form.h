@@ -1,0 +1,244 @@
+#pragma once
+
+#include "link/Display.h"
+#include "link/ExchangeLink.h"
+#include "support/FormLogic.h"
+
+#include <QDateTime>
+#include <QStringList>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+
+class TCallControlDev;
+class TCallDirectory;
+class TDeviceEvents;
+class TDirectoryPages;
+class TNetModule;
+class TPhoneBoard;
+class TLogin_Form;
+class TUserInfo_Form;
+
+// The main window's logic: it owns the link, the display and the session's
+// timers, dispatches every packet, and is the one place where the screens and
+// the later subsystems meet. Split by concern over several source files.
+class TMain_Form : public TFormLogic {
+  Q_OBJECT
+
+public:
+  explicit TMain_Form(QObject *parent = nullptr);
+  ~TMain_Form() override;
+
+  // The companions it talks to; set by whoever builds the windows.
+  TLogin_Form *Login_Form = nullptr;
+  TUserInfo_Form *UserInfo_Form = nullptr;
+
+  // --- frame (Main_Form.cpp) ---
+  void FormCreate();
+  void FormShow();
+  bool FormCloseQuery(); // true: the window may close
+  void FormClose();
+  void config_Save();
+
+  int Tag = 0;
+  quint8 SilentExit = 0;
+  quint8 LoginDialogOpen = 0;
+  quint8 EverConnected = 0;
+  QString AppTitle;
+  QString Caption;  // the window's caption
+  QString HostText; // the exchange's address as the login window gave it
+  QString HostIP_tefxButton_Caption;
+  QString HostIP_tefxButton_Hint;
+
+  // Which panel stands in front where the dial pad goes.
+  enum class FrontPanel { Dial_TeTabControl, Company_TePanel };
+  FrontPanel Front = FrontPanel::Dial_TeTabControl;
+
+  // The caller box of the dial page, opened up at login.
+  QString Edit_Caller_Text;
+  bool Edit_Caller_Enabled = false;
+  QString Edit_Caller_Hint;
+  bool CheckBox_Caller_Enabled = false;
+
+  // The recording server's answer.
+  QString LMDSimpleLabel_RecordRetCode;
+  QString TeSEdit_RecordIP;
+  bool TeButton_RecordSearch_Enabled = false;
+  bool TeSpeedButton_RecordAdmin_Enabled = false;
+
+  TExchangeLink &Link() { return m_link; }
+  TDisplay &Display() { return m_display; }
+  const TDisplay &Display() const { return m_display; }
+  void ShowDisplay(QString text, bool blink) { m_display.ShowDisplay(std::move(text), blink); }
+
+  // --- session (Main_Session.cpp) ---
+  QTimer PulseCheck_Timer;
+  void Winsock_TCPConnect();
+  void Winsock_TCPClose();
+  void Login_ToolButtonClick(); // sends the Login packet
+  void PulseCheck_TimerTimer();
+  void TeSpeedButton9Click();  // re-login
+  void TeSpeedButton11Click(); // log off
+
+  // The contact pages, the call page and the call lists of this window.
+  TDirectoryPages &Pages() { return *m_pages; }
+  // The device table, its requests, its events and the board of panels.
+  TCallControlDev &CallControlDev() { return *m_devices; }
+  TNetModule &NetModule() { return *m_netModule; }
+  TDeviceEvents &DeviceEvents() { return *m_deviceEvents; }
+  TPhoneBoard &Board() { return *m_board; }
+
+  // --- the operator's own calls (Main_Calls.cpp) ---
+  // The phone book and call log as the call handling uses them; the window's
+  // own pages unless a test puts another in.
+  TCallDirectory *CallDirectory = nullptr;
+  // The name of a trunk of kind 5 on a line, for the ringing balloon's title;
+  // empty for any other line (the device monitor answers it).
+  std::function<QString(int line)> AnalogTrunkName;
+
+  void processPacketFromSocket_CallState(const char *work);
+  void Call_StateChanged(const char *work);
+  static QString FilterDialString(const QString &text);
+  static QByteArray DigitCodes(const QString &number);
+  void DialNumber(const QString &number);
+  void DivertNumber(const QString &number);
+  void DialOneDigit(int code);
+
+  // The dial box and its history.
+  QString dial_TeSComboBox_Text;
+  QString dial_TeSComboBox_SelText;
+  QStringList dial_TeSComboBox_Items;
+  void dial_TeButtonClick();
+  void dial_TeSComboBoxKeyPress(QChar key);
+
+  // The panel that counts down while a number waits for the handset.
+  QTimer Msg_Timer;
+  int Msg_Timer_Tag = 0;
+  bool Msg_Panel_Visible = false;
+  QString Msg_Panel_Caption;
+  QString Msg_TeLabel;
+  void Msg_TimerTimer();
+  void Msg_TeButton1Click(); // cancel the waiting number
+
+  // Call-control keys.
+  void HoldClick();        // LMDButton18, tefxButton1
+  void ConferenceClick();  // LMDButton17, tefxButton2
+  void LMDButton21Click(); // cancel, not while idle or ringing
+  void tefxButton3Click(); // cancel, not while idle
+  void TransferClick();    // LMDButton20
+  void QueryClick();       // LMDButton22
+  void Offhook_tefxButtonClick();
+  void Onhook_tefxButtonClick();
+  int CtrlMode_Tag = 0;
+  QString CtrlMode_Caption;
+  bool HookKeys_Enabled = false;
+  void CtrlMode_tefxButtonClick();
+
+  // The ring key: its image and caption follow the mute setting.
+  int RingTone_ImageIndex = 15;
+  QString RingTone_Caption;
+  void RingTone_TeSpeedButtonClick();
+  void SetRingToneButton(int imageIndex, const QString &caption);
+
+  bool tefxSpeedButton1_Enabled = true;
+  // False while the exchange bars this console's guest-room actions.
+  bool ServiceAllowed = true;
+
+  // The clock on the idle display.
+  QTimer incTime_Timer;
+  QTimer showTime_Timer;
+  QDateTime CurrentTime;
+  QString userText_LMDEdit;
+  void incTime_TimerTimer();
+  void showTime_TimerTimer();
+
+  // --- panel actions (Main_Panels.cpp) ---
+  // The panel popup menu as it stands after its last opening.
+  struct TPanelMenu {
+    QString test1_Caption;
+    bool test1_Visible = true;
+    bool N15_Visible = true; // transfer
+    bool N2_Visible = true;  // wake-up settings
+    bool PopMenu_ResetTrunk_Visible = false;
+  };
+  TPanelMenu PhonePanel_PopupMenu;
+  int MenuDeviceID = -1;    // the device whose panel the menu opened over
+  int CurrentDeviceID = -1; // the device whose service class dialog opened last
+  void PhonePanel_PopupMenuPopup(int id);
+  void test1Click();
+  void N15Click();
+  void PopMenu_ResetTrunkClick();
+  void Template_PhoneSpeedButtonClick(int id);
+  void tefxSpeedButton2Click();
+  void tefxButton5Click(); // do-not-disturb on
+  void tefxButton6Click(); // do-not-disturb off
+  void HostIP_tefxButtonClick();
+  // Where the board stands in the window, for placing hints; the screens fill it.
+  struct TBoardGeometry {
+    int WindowLeft = 0;
+    int WindowTop = 0;
+    int PageLeft = 0;
+    int PageTop = 0;
+    int BoardLeft = 0;
+    int BoardTop = 0;
+    int BoardHeight = 600;
+    int MouseX = 0;
+    int MouseY = 0;
+  };
+  TBoardGeometry BoardGeometry;
+  // Finds a panel by its exact number, scrolls it into view and says so;
+  // returns the device ID or -1.
+  int FindExtension(const QString &number);
+  // The exchange's type 24 notices about this console's calls.
+  void DeviceNotice(int subCode, const QByteArray &work);
+  QString StatusLine; // the status bar's message
+
+  // --- dispatch (Main_Dispatch.cpp) ---
+  void processPacketFromSocket(const char *packet, int length);
+
+  // Places the later subsystems fill in. Until they do, these only log.
+  void LoadConRecords();
+  void LoadPhones_tefxButtonClick();
+  void RefrshPhones_tefxButtonClick();
+  void savePhones_tefxButtonClick();
+  void SetUdpLoggedIn(bool loggedIn);
+
+signals:
+  void captionChanged(const QString &caption);
+  void frontChanged();
+  void callListsReloadRequested();
+  void phonesLoadRequested();
+  void phonesRefreshRequested();
+  void phonesSaveRequested();
+  void udpLoggedInChanged(bool loggedIn);
+  void gsmSendRequested();      // the SMS window's send key
+  void gsmTimerStopRequested(); // the SMS window's time-out
+  void recordsRefreshRequested();
+  void serviceAllowedChanged(bool allowed);
+  void callControlChanged(); // keys, panel or ring key changed
+  // The service class dialog for a device; the screens take its own width from
+  // left and add its height to top to place it by the panel's icon.
+  void srvClassDialogRequested(int id, int left, int top);
+  // The settings window on its network page, with the host filled in.
+  void settingsRequested(const QString &host);
+  void closeRequested(); // the frame should close the main window
+
+private:
+  void SetCaption(const QString &caption);
+  void SetFront(FrontPanel panel);
+  void processPacketFromSocket_Login(const char *work, const QString &result);
+  void processPacketFromSocket_UserInfo(const char *work);
+  void processPacketFromSocket_MissedCall(const char *work);
+  void processPacketFromSocket_Gsm(const char *work);
+  void processPacketFromSocket_RecordServer(const char *work);
+
+  TExchangeLink m_link;
+  TDisplay m_display;
+  std::unique_ptr<TDirectoryPages> m_pages;
+  std::unique_ptr<TCallDirectory> m_directoryCalls;
+  std::unique_ptr<TCallControlDev> m_devices;
+  std::unique_ptr<TNetModule> m_netModule;
+  std::unique_ptr<TDeviceEvents> m_deviceEvents;
+  std::unique_ptr<TPhoneBoard> m_board;
+};

@@ -1,0 +1,221 @@
+// What the operator does from a panel of the board and from the transfer and
+// do-not-disturb keys, and the exchange's notices about this console's calls.
+#include "console/Main_Form.h"
+#include "link/Public_Unit.h"
+#include "link/SysParam.h"
+#include "devices/CallControlDev.h"
+#include "devices/DeviceEvents.h"
+#include "directory/DirectoryPages.h"
+#include "support/LanguagePack.h"
+#include "support/Shell.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+// The transfer steps wait and let the exchange's answers in between.
+void WaitWithEvents(int ms) {
+  const QDeadlineTimer deadline(ms);
+  while (!deadline.hasExpired())
+    QCoreApplication::processEvents(QEventLoop::AllEvents,
+                                    int(qMax<qint64>(1, deadline.remainingTime())));
+}
+
+void SendControl(quint16 sub, int length, quint16 at16) {
+  if (SysParam().MyID == kNoSession)
+    return;
+  char record[20] = {};
+  PutU16(record, 6, quint16(PacketType::DeviceControl));
+  PutU16(record, 12, sub);
+  PutU16(record, 16, at16);
+  if (length == 16)
+    SendPacket16(record);
+  else
+    SendPacket20(record);
+}
+} // namespace
+
+void TMain_Form::PhonePanel_PopupMenuPopup(int id) {
+  const TPhoneTis *p = m_devices->Device(id);
+  if (!p)
+    return;
+  MenuDeviceID = id;
+  TPanelMenu &m = PhonePanel_PopupMenu;
+  switch (p->DevType) {
+  case AnalogExtension:
+  case DigitalExtension:
+    m = {LangText(421), true, true, true, false};
+    break;
+  case AnalogTrunk:
+    m = {LangText(422), true, false, false, true};
+    break;
+  case PriTrunk:
+  case GsmModuleTrunk:
+  case Ss1Trunk:
+    m = {LangText(423), true, false, false, true};
+    break;
+  case IvrPort:
+    m = {m.test1_Caption, false, false, false, true};
+    break;
+  default:
+    break; // 21, 22 and others keep what the last opening set
+  }
+}
+
+void TMain_Form::test1Click() {
+  const TPhoneTis *p = m_devices->Device(MenuDeviceID);
+  if (!p)
+    return;
+  if (p->Status == 1)
+    DialNumber(p->TelNos);
+  else
+    TheShell().Balloon(LangText(364), LangText(365), 10, BalloonIcon::Warning);
+}
+
+void TMain_Form::N15Click() {
+  const TPhoneTis *p = m_devices->Device(MenuDeviceID);
+  if (!p)
+    return;
+  if (p->Status != 1) {
+    TheShell().Balloon(LangText(418), LangText(419), 10, BalloonIcon::Warning);
+    return;
+  }
+  const QString number = p->TelNos; // the record may change while events run
+  const quint8 state = SysParam().CallState;
+  if (state == 7) {
+    SendPhoneCommand(131);
+    WaitWithEvents(300);
+    SendPhoneCommand(130);
+    WaitWithEvents(200);
+    DialNumber(number);
+  } else if (state == 4) {
+    SendPhoneCommand(130);
+    DialNumber(number);
+  }
+}
+
+void TMain_Form::tefxSpeedButton2Click() {
+  const QString number = dial_TeSComboBox_Text.trimmed();
+  if (number.isEmpty())
+    return;
+  const quint8 state = SysParam().CallState;
+  if (state == 7) {
+    SendPhoneCommand(131);
+    WaitWithEvents(100);
+    SendPhoneCommand(130);
+    WaitWithEvents(100);
+    DivertNumber(number);
+  } else if (state == 4) {
+    SendPhoneCommand(130);
+    DialNumber(number);
+  }
+}
+
+void TMain_Form::PopMenu_ResetTrunkClick() {
+  if (!ServiceAllowed || !m_devices->Device(MenuDeviceID))
+    return;
+  SendControl(150, 20, quint16(MenuDeviceID));
+}
+
+void TMain_Form::tefxButton5Click() {
+  SendControl(149, 20, 1);
+}
+void TMain_Form::tefxButton6Click() {
+  SendControl(149, 20, 0);
+}
+
+void TMain_Form::Template_PhoneSpeedButtonClick(int id) {
+  const TPhoneTis *p = m_devices->Device(id);
+  if (!p)
+    return;
+  switch (p->DevType) {
+  case AnalogTrunk:
+  case IvrPort:
+  case PriTrunk:
+  case GsmModuleTrunk:
+  case Ss1Trunk:
+    return; // trunks have no service class; a SIP trunk (22) does open it
+  default:
+    break;
+  }
+  CurrentDeviceID = id;
+  const TBoardGeometry &g = BoardGeometry;
+  emit srvClassDialogRequested(id, g.PageLeft + p->Left + 20, g.PageTop + p->Top - 35);
+}
+
+void TMain_Form::HostIP_tefxButtonClick() {
+  emit settingsRequested(HostText);
+}
+
+int TMain_Form::FindExtension(const QString &number) {
+  int found = -1;
+  for (int id : m_devices->Ordered()) {
+    if (m_devices->Record(id).TelNos == number) {
+      found = id;
+      break;
+    }
+  }
+  const TBoardGeometry &g = BoardGeometry;
+  if (found < 0) {
+    TheShell().HintAt(u"查找分机"_s, u"没找到:%1，请重试！"_s.arg(number), 5000, g.MouseX,
+                      g.MouseY);
+    return -1;
+  }
+  TCallControlDev &t = *m_devices;
+  // Bring a panel that stands out of view back into it.
+  const int top = t.ScreenTop(found);
+  if (top > g.BoardHeight - 20)
+    t.ScrollY = top + t.ScrollY - g.BoardHeight + 80;
+  else if (top < 0)
+    t.ScrollY = qMax(0, top + t.ScrollY - 20);
+  TheShell().HintAt(u"查找分机"_s, u"找到分机:%1 ID:%2"_s.arg(number).arg(found), 5000,
+                    g.WindowLeft + 40 + g.PageLeft + g.BoardLeft + t.ScreenLeft(found),
+                    g.WindowTop + 270 + g.PageTop + g.BoardTop + t.ScreenTop(found));
+  return found;
+}
+
+void TMain_Form::DeviceNotice(int subCode, const QByteArray &work) {
+  const char *w = work.constData();
+  TDirectoryPages &pages = *m_pages;
+  const QString cr = u"\r"_s;
+  if (subCode == 137) {
+    const QString number = GetText(w, 20, 21);
+    if (number == SysParam().MyTelNo)
+      return;
+    const int state = GetU16(w, 18);
+    if (state == 1)
+      pages.InsertCallItem(u"Phone1"_s, number, -1, pages.Incomings_LMDListBox);
+    else if (state == 2)
+      pages.RemoveIncomingItem(number);
+    return;
+  }
+  if (subCode != 144 && subCode != 145)
+    return;
+  const bool lost = subCode == 144;
+  const QString number = GetText(w, lost ? 18 : 20, 21);
+  TCallListModel &list = lost ? pages.lostIncom_LMDListBox : pages.Incomed_LMDListBox;
+  // The row is the call list's own, with the caller's contact looked up.
+  RunGuarded([&] { pages.InsertCallItem(u"Phone1"_s, number, -1, list); });
+  QString text;
+  QString title;
+  if (!number.trimmed().isEmpty()) {
+    const int base = lost ? 395 : 406;
+    const TLmdlistItemRam row = list.Count() ? list.Item(0) : TLmdlistItemRam{};
+    text = LangFormat(base, {number, cr}) + LangFormat(base + 1, {row.Name, cr}) +
+           LangFormat(base + 2, {row.Company, cr});
+    title = LangText(lost ? 398 : 409);
+    if (!lost)
+      StatusLine = u"%1 Connected"_s.arg(number);
+  } else {
+    const int base = lost ? 399 : 410;
+    text = LangFormat(base, {LangText(base + 1), cr}) +
+           LangFormat(base + 2, {LangText(base + 3), cr}) +
+           LangFormat(base + 4, {LangText(base + 5), cr});
+    title = LangText(base + 6);
+    if (!lost)
+      StatusLine = LangText(417);
+  }
+  TheShell().Balloon(title, text, 10, BalloonIcon::Info);
+}
