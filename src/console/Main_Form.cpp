@@ -35,6 +35,9 @@ TMain_Form::TMain_Form(QObject *parent)
   PulseCheck_Timer.setObjectName(u"PulseCheck_Timer"_s);
   PulseCheck_Timer.setInterval(15000);
   connect(&PulseCheck_Timer, &QTimer::timeout, this, &TMain_Form::PulseCheck_TimerTimer);
+  Relogin_Timer.setObjectName(u"Relogin_Timer"_s);
+  Relogin_Timer.setSingleShot(true);
+  connect(&Relogin_Timer, &QTimer::timeout, this, &TMain_Form::Relogin_TimerTimer);
 
   Msg_Timer.setObjectName(u"Msg_Timer"_s);
   Msg_Timer.setInterval(1000);
@@ -57,6 +60,8 @@ TMain_Form::TMain_Form(QObject *parent)
   connect(&m_link.Winsock_TCP(), &TExchangeSocket::OnConnect, this,
           &TMain_Form::Winsock_TCPConnect);
   connect(&m_link.Winsock_TCP(), &TExchangeSocket::OnClose, this, &TMain_Form::Winsock_TCPClose);
+  connect(&m_link.Winsock_TCP(), &TExchangeSocket::OnConnectFailed, this,
+          &TMain_Form::Winsock_TCPConnectFailed);
 }
 
 TMain_Form::~TMain_Form() {
@@ -91,6 +96,7 @@ void TMain_Form::FormShow() {
 bool TMain_Form::FormCloseQuery() {
   if (SilentExit != 1 && !TheShell().Question(LangText(333)))
     return false;
+  StopRelogin();
   if (Login_Form)
     Login_Form->disConnectTeButtonClick();
   config_Save();
@@ -98,7 +104,8 @@ bool TMain_Form::FormCloseQuery() {
 }
 
 void TMain_Form::config_Save() {
-  // The contact grid's column widths join here when the grid exists.
+  // The contact grid writes its column widths into the settings record as they
+  // change, so saving the record saves them too.
   SaveConfig(SysConfig());
   savePhones_tefxButtonClick();
 }

@@ -8,6 +8,8 @@
 #include <QFile>
 #include <QThread>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 void TLogMemo::Append(const QString &line) {
@@ -33,17 +35,66 @@ QString LogFileName(const QDate &day) {
 }
 
 namespace {
-QString Stamp() {
-  return CurrentDateTime().toString(u"yyyy-MM-dd hh:mm:ss"_s);
+// The stamp changes once a second; formatting it for every line of a burst
+// would cost more than the line itself.
+QString Stamp(const QDateTime &now) {
+  thread_local qint64 second = -1;
+  thread_local QString text;
+  const qint64 s = now.toSecsSinceEpoch();
+  if (s != second) {
+    second = s;
+    text = now.toString(u"yyyy-MM-dd hh:mm:ss"_s);
+  }
+  return text;
+}
+
+// Lines waiting for the end of the batch, and for which day's file.
+struct PendingLines {
+  int Depth = 0;
+  QDate Day;
+  QByteArray Bytes;
+};
+thread_local PendingLines t_pending;
+
+void AppendToFile(const QDate &day, const QByteArray &bytes) {
+  QFile file(LogFileName(day));
+  if (!file.open(QIODevice::WriteOnly | QIODevice::Append))
+    return;
+  file.write(bytes);
+}
+
+void FlushPending() {
+  if (t_pending.Bytes.isEmpty())
+    return;
+  const QByteArray bytes = std::exchange(t_pending.Bytes, QByteArray());
+  try {
+    AppendToFile(t_pending.Day, bytes);
+  } catch (...) {
+  }
 }
 } // namespace
 
 void WriteLogFile(const QString &text) {
   const QDateTime now = CurrentDateTime();
-  QFile file(LogFileName(now.date()));
-  if (!file.open(QIODevice::WriteOnly | QIODevice::Append))
+  const QByteArray line = (Stamp(now) + u": "_s + text + u"\r\n"_s).toUtf8();
+  if (t_pending.Depth > 0) {
+    // A batch that runs over midnight still puts each line in its own day's file.
+    if (t_pending.Day != now.date())
+      FlushPending();
+    t_pending.Day = now.date();
+    t_pending.Bytes += line;
     return;
-  file.write((now.toString(u"yyyy-MM-dd hh:mm:ss"_s) + u": "_s + text + u"\r\n"_s).toUtf8());
+  }
+  AppendToFile(now.date(), line);
+}
+
+TLogBatch::TLogBatch() {
+  ++t_pending.Depth;
+}
+
+TLogBatch::~TLogBatch() {
+  if (--t_pending.Depth == 0)
+    FlushPending();
 }
 
 bool LogEnabled() { return SysConfig().Debug != 0; }
@@ -58,7 +109,7 @@ void WriteLog(const QString &text) {
         app, [text] { WriteLog(text); }, Qt::QueuedConnection);
     return;
   }
-  LogMemo().Append(Stamp() + u": "_s + text);
+  LogMemo().Append(Stamp(CurrentDateTime()) + u": "_s + text);
   try {
     WriteLogFile(text);
   } catch (...) {

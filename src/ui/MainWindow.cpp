@@ -508,7 +508,9 @@ void TMainWindow::RefreshStatus() {
   const TNetPhone_SysParam &sp = SysParam();
   m_statusExt->setText(sp.MyTelNo.isEmpty() ? u"—"_s : sp.MyTelNo);
   // Live or not is what the desk needs to know at a glance.
-  m_statusSession->setText(LangText(sp.LoggedIn ? 336 : 343));
+  const QString state = m_main.SessionStateText();
+  m_statusSession->setText(m_main.StatusLine.isEmpty() ? state
+                                                       : m_main.StatusLine + u"  |  "_s + state);
   m_statusClock->setText(CurrentDateTime().toString(u"yyyy-MM-dd hh:mm:ss"_s));
 }
 
