@@ -13,6 +13,7 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
+#include <QNetworkDatagram>
 #include <QTemporaryDir>
 #include <QUdpSocket>
 

@@ -35,17 +35,25 @@ QString LogFileName(const QDate &day) {
 }
 
 namespace {
-// The stamp changes once a second; formatting it for every line of a burst
-// would cost more than the line itself.
-QString Stamp(const QDateTime &now) {
-  thread_local qint64 second = -1;
-  thread_local QString text;
-  const qint64 s = now.toSecsSinceEpoch();
-  if (s != second) {
-    second = s;
-    text = now.toString(u"yyyy-MM-dd hh:mm:ss"_s);
+// The stamp of a line and the day of its file. They change once a second;
+// finding the local time and formatting it for every line of a burst would
+// cost more than handling what the line is about.
+struct LineTime {
+  qint64 Second = -1;
+  QDate Day;
+  QString Stamp;
+};
+
+const LineTime &CurrentLineTime() {
+  thread_local LineTime cached;
+  const qint64 second = CurrentMSecsSinceEpoch() / 1000;
+  if (second != cached.Second) {
+    const QDateTime now = CurrentDateTime();
+    cached.Second = second;
+    cached.Day = now.date();
+    cached.Stamp = now.toString(u"yyyy-MM-dd hh:mm:ss"_s);
   }
-  return text;
+  return cached;
 }
 
 // Lines waiting for the end of the batch, and for which day's file.
@@ -75,17 +83,17 @@ void FlushPending() {
 } // namespace
 
 void WriteLogFile(const QString &text) {
-  const QDateTime now = CurrentDateTime();
-  const QByteArray line = (Stamp(now) + u": "_s + text + u"\r\n"_s).toUtf8();
+  const LineTime &now = CurrentLineTime();
+  const QByteArray line = (now.Stamp + u": "_s + text + u"\r\n"_s).toUtf8();
   if (t_pending.Depth > 0) {
     // A batch that runs over midnight still puts each line in its own day's file.
-    if (t_pending.Day != now.date())
+    if (t_pending.Day != now.Day)
       FlushPending();
-    t_pending.Day = now.date();
+    t_pending.Day = now.Day;
     t_pending.Bytes += line;
     return;
   }
-  AppendToFile(now.date(), line);
+  AppendToFile(now.Day, line);
 }
 
 TLogBatch::TLogBatch() {
@@ -109,7 +117,7 @@ void WriteLog(const QString &text) {
         app, [text] { WriteLog(text); }, Qt::QueuedConnection);
     return;
   }
-  LogMemo().Append(Stamp(CurrentDateTime()) + u": "_s + text);
+  LogMemo().Append(CurrentLineTime().Stamp + u": "_s + text);
   try {
     WriteLogFile(text);
   } catch (...) {
