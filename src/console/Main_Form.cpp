@@ -1,6 +1,7 @@
 // The frame's part of the main window's logic: creation, first show, closing.
 #include "console/Main_Form.h"
 
+#include "console/DeviceTestPanel.h"
 #include "console/DirectoryCalls.h"
 #include "console/Login_Form.h"
 #include "link/SysParam.h"
@@ -20,7 +21,8 @@ TMain_Form::TMain_Form(QObject *parent)
       m_directoryCalls(std::make_unique<TDirectoryCalls>(*m_pages)),
       m_devices(std::make_unique<TCallControlDev>()), m_netModule(std::make_unique<TNetModule>()),
       m_deviceEvents(std::make_unique<TDeviceEvents>(*m_devices, *m_netModule)),
-      m_board(std::make_unique<TPhoneBoard>(*m_devices, *m_netModule)) {
+      m_board(std::make_unique<TPhoneBoard>(*m_devices, *m_netModule)),
+      m_deviceTestPanel(std::make_unique<TDeviceTestPanel>(m_display)) {
   connect(m_deviceEvents.get(), &TDeviceEvents::deviceNotice, this, &TMain_Form::DeviceNotice);
   // A ringing call on an analogue trunk is titled with the trunk's name.
   AnalogTrunkName = [this](int line) {

@@ -15,6 +15,7 @@
 class TCallControlDev;
 class TCallDirectory;
 class TDeviceEvents;
+class TDeviceTestPanel;
 class TDirectoryPages;
 class TNetModule;
 class TPhoneBoard;
@@ -106,6 +107,8 @@ public:
   TNetModule &NetModule() { return *m_netModule; }
   TDeviceEvents &DeviceEvents() { return *m_deviceEvents; }
   TPhoneBoard &Board() { return *m_board; }
+  // The old local console device's hidden test panel, over this window's display.
+  TDeviceTestPanel &DeviceTestPanel() { return *m_deviceTestPanel; }
 
   // --- the operator's own calls (Main_Calls.cpp) ---
   // The phone book and call log as the call handling uses them; the window's
@@ -270,4 +273,5 @@ private:
   std::unique_ptr<TNetModule> m_netModule;
   std::unique_ptr<TDeviceEvents> m_deviceEvents;
   std::unique_ptr<TPhoneBoard> m_board;
+  std::unique_ptr<TDeviceTestPanel> m_deviceTestPanel;
 };

@@ -9,6 +9,7 @@
 #include "support/Paths.h"
 #include "support/Settings.h"
 #include "support/Shell.h"
+#include "ui/DeviceTestPanelView.h"
 #include "ui/DirectoryView.h"
 #include "ui/Named.h"
 
@@ -205,6 +206,7 @@ TMainWindow::TMainWindow(TMain_Form &main, QWidget *parent) : QMainWindow(parent
   });
   RefreshCallControl();
   RefreshStatus();
+  new DeviceTestPanelView(main.DeviceTestPanel(), this);
 }
 
 void TMainWindow::BuildMenuAndToolbar() {

@@ -230,8 +230,17 @@ private slots:
     b.sim.DropConnection();
     QTRY_VERIFY(closed);
     QCOMPARE(b.link.Winsock_TCP().State(), 0);
-    // Sending now drops the bytes without a word.
-    b.link.SendBytes(Pulse(1).constData(), 12);
+    // Sending now drops the bytes: they must not wait and go out on the next
+    // connection, where the exchange would take them for new.
+    const QByteArray stale = ExchangeSim::BuildPacket(20, 1, QByteArray(4, '\0'));
+    b.link.SendBytes(stale.constData(), int(stale.size()));
+    b.sim.ClearReceived();
+    b.link.Winsock_TCP().Connect();
+    QTRY_VERIFY(b.sim.IsConnected());
+    const QByteArray fresh = ExchangeSim::BuildPacket(16, 2, QByteArray(52, '\0'));
+    b.link.SendBytes(fresh.constData(), int(fresh.size()));
+    QTRY_COMPARE(b.sim.Received().size(), 1);
+    QCOMPARE(b.sim.Received().first().TypeCode, qint16(16));
   }
 
   void ourOwnCloseIsNotReported() {
