@@ -91,7 +91,10 @@ void TExchangeSocket::SendData(const QByteArray &bytes) {
 
 QByteArray TExchangeSocket::GetData() {
   m_taken = true;
-  return m_pending.left(m_offered);
+  // A copy of exactly this read, not a view into the larger pending buffer, so
+  // that a read past its end is a read past an allocation (which the sanitizer
+  // build reports) rather than into stale bytes of earlier reads.
+  return QByteArray(m_pending.constData(), m_offered);
 }
 
 void TExchangeSocket::TakeIncoming() {
