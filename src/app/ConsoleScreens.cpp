@@ -138,7 +138,8 @@ void ConsoleScreens::BuildWindows() {
   m_popMsg = std::make_unique<PopMsgWindow>(*p.PopMsg());
 
   connect(w, &TMainWindow::settingsRequested, this, [&p] { p.Sysset()->Show(); });
-  connect(p.Main(), &TMain_Form::settingsRequested, this, [&p] { p.Sysset()->Show(); });
+  connect(p.Main(), &TMain_Form::settingsRequested, this,
+          [&p](const QString &host) { p.Sysset()->ShowExchangePage(host); });
   connect(w, &TMainWindow::smsRequested, this, [&p] { p.Gsm()->Show(); });
   connect(w, &TMainWindow::tasksRequested, m_tasks, &TasksWindow::Toggle);
 }

@@ -33,8 +33,6 @@ int main(int argc, char **argv) {
   QApplication app(argc, argv);
   QApplication::setApplicationName(QStringLiteral("Trunkdesk"));
   QApplication::setApplicationVersion(QStringLiteral("5.2"));
-  // The hint pause the screens apply to their tool tips.
-  app.setProperty("hintPause", 10000);
 
   // Without a screen (offscreen) nobody can answer a dialog: the shell says so on
   // standard error instead.

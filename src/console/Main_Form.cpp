@@ -1,6 +1,7 @@
 // The frame's part of the main window's logic: creation, first show, closing.
 #include "console/Main_Form.h"
 
+#include "console/DeviceTestPanel.h"
 #include "console/DirectoryCalls.h"
 #include "console/Login_Form.h"
 #include "link/SysParam.h"
@@ -23,7 +24,8 @@ TMain_Form::TMain_Form(QObject *parent)
       m_directoryCalls(std::make_unique<TDirectoryCalls>(*m_pages)),
       m_devices(std::make_unique<TCallControlDev>()), m_netModule(std::make_unique<TNetModule>()),
       m_deviceEvents(std::make_unique<TDeviceEvents>(*m_devices, *m_netModule)),
-      m_board(std::make_unique<TPhoneBoard>(*m_devices, *m_netModule)) {
+      m_board(std::make_unique<TPhoneBoard>(*m_devices, *m_netModule)),
+      m_deviceTestPanel(std::make_unique<TDeviceTestPanel>(m_display)) {
   connect(m_deviceEvents.get(), &TDeviceEvents::deviceNotice, this, &TMain_Form::DeviceNotice);
   WireGuest();
   // A ringing call on an analogue trunk is titled with the trunk's name.
@@ -39,6 +41,9 @@ TMain_Form::TMain_Form(QObject *parent)
   PulseCheck_Timer.setObjectName(u"PulseCheck_Timer"_s);
   PulseCheck_Timer.setInterval(15000);
   connect(&PulseCheck_Timer, &QTimer::timeout, this, &TMain_Form::PulseCheck_TimerTimer);
+  Relogin_Timer.setObjectName(u"Relogin_Timer"_s);
+  Relogin_Timer.setSingleShot(true);
+  connect(&Relogin_Timer, &QTimer::timeout, this, &TMain_Form::Relogin_TimerTimer);
 
   Msg_Timer.setObjectName(u"Msg_Timer"_s);
   Msg_Timer.setInterval(1000);
@@ -61,6 +66,8 @@ TMain_Form::TMain_Form(QObject *parent)
   connect(&m_link.Winsock_TCP(), &TExchangeSocket::OnConnect, this,
           &TMain_Form::Winsock_TCPConnect);
   connect(&m_link.Winsock_TCP(), &TExchangeSocket::OnClose, this, &TMain_Form::Winsock_TCPClose);
+  connect(&m_link.Winsock_TCP(), &TExchangeSocket::OnConnectFailed, this,
+          &TMain_Form::Winsock_TCPConnectFailed);
 }
 
 TMain_Form::~TMain_Form() {
@@ -96,6 +103,7 @@ void TMain_Form::FormShow() {
 bool TMain_Form::FormCloseQuery() {
   if (SilentExit != 1 && !TheShell().Question(LangText(333)))
     return false;
+  StopRelogin();
   if (Login_Form)
     Login_Form->disConnectTeButtonClick();
   config_Save();
@@ -103,7 +111,8 @@ bool TMain_Form::FormCloseQuery() {
 }
 
 void TMain_Form::config_Save() {
-  // The contact grid's column widths join here when the grid exists.
+  // The contact grid writes its column widths into the settings record as they
+  // change, so saving the record saves them too.
   SaveConfig(SysConfig());
   savePhones_tefxButtonClick();
 }

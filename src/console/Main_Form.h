@@ -5,6 +5,7 @@
 #include "support/FormLogic.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QStringList>
 #include <QTimer>
 
@@ -14,6 +15,7 @@
 class TCallControlDev;
 class TCallDirectory;
 class TDeviceEvents;
+class TDeviceTestPanel;
 class TDirectoryPages;
 class TExtsView;
 class TForm_ExtFind;
@@ -79,10 +81,27 @@ public:
   QTimer PulseCheck_Timer;
   void Winsock_TCPConnect();
   void Winsock_TCPClose();
+  // A connect that did not come through: the operator is told, unless the
+  // console is already trying again by itself.
+  void Winsock_TCPConnectFailed(const QString &error);
   void Login_ToolButtonClick(); // sends the Login packet
   void PulseCheck_TimerTimer();
   void TeSpeedButton9Click();  // re-login
   void TeSpeedButton11Click(); // log off
+
+  // After a lost session the console logs in again by itself until it is back
+  // or the operator logs off: a try at once, then one every fast interval for
+  // ReloginFastTries tries, then one every slow interval. A desk left alone
+  // through an exchange restart must not stay logged out all night.
+  QTimer Relogin_Timer;
+  int ReloginFastInterval = 5000;
+  int ReloginSlowInterval = 15000;
+  int ReloginFastTries = 12;
+  bool Reconnecting() const { return m_reconnecting; }
+  int ReloginTries() const { return m_reloginTries; }
+  void Relogin_TimerTimer(); // one try: connect afresh; the connect sends Login
+  // The session as the status bar shows it: in session, connecting, or lost.
+  QString SessionStateText() const;
 
   // The contact pages, the call page and the call lists of this window.
   TDirectoryPages &Pages() { return *m_pages; }
@@ -91,6 +110,8 @@ public:
   TNetModule &NetModule() { return *m_netModule; }
   TDeviceEvents &DeviceEvents() { return *m_deviceEvents; }
   TPhoneBoard &Board() { return *m_board; }
+  // The old local console device's hidden test panel, over this window's display.
+  TDeviceTestPanel &DeviceTestPanel() { return *m_deviceTestPanel; }
 
   // --- the operator's own calls (Main_Calls.cpp) ---
   // The phone book and call log as the call handling uses them; the window's
@@ -195,7 +216,9 @@ public:
   int FindExtension(const QString &number);
   // The exchange's type 24 notices about this console's calls.
   void DeviceNotice(int subCode, const QByteArray &work);
-  QString StatusLine; // the status bar's message
+  // How many "another desk is ringing" rows the incoming list keeps.
+  static constexpr int kMaxRingingNotices = 50;
+  QString StatusLine; // the status bar's message, beside the session state
 
   // --- guest rooms (Main_Guest.cpp) ---
   // The extension list of the extensions page, and the dialogs over its rows.
@@ -212,7 +235,8 @@ public:
   // --- dispatch (Main_Dispatch.cpp) ---
   void processPacketFromSocket(const char *packet, int length);
 
-  // Places the later subsystems fill in. Until they do, these only log.
+  // Hand-offs to the call lists, the board and the UDP channel: each does the
+  // main form's own part, if any, and raises its signal for whoever shows it.
   void LoadConRecords();
   void LoadPhones_tefxButtonClick();
   void RefrshPhones_tefxButtonClick();
@@ -240,6 +264,8 @@ signals:
   void closeRequested(); // the frame should close the main window
 
 private:
+  void StartRelogin();
+  void StopRelogin();
   void SetCaption(const QString &caption);
   void SetFront(FrontPanel panel);
   void processPacketFromSocket_Login(const char *work, const QString &result);
@@ -247,6 +273,12 @@ private:
   void processPacketFromSocket_MissedCall(const char *work);
   void processPacketFromSocket_Gsm(const char *work);
   void processPacketFromSocket_RecordServer(const char *work);
+
+  int m_droppedRingingNotices = 0;
+  bool m_reconnecting = false;
+  int m_reloginTries = 0;
+  QElapsedTimer m_reloginLogged; // tries are logged once a minute at most
+  QString m_lastConnectError;
 
   TExchangeLink m_link;
   TDisplay m_display;
@@ -256,6 +288,7 @@ private:
   std::unique_ptr<TNetModule> m_netModule;
   std::unique_ptr<TDeviceEvents> m_deviceEvents;
   std::unique_ptr<TPhoneBoard> m_board;
+  std::unique_ptr<TDeviceTestPanel> m_deviceTestPanel;
   std::unique_ptr<TExtsView> m_extsView;
   std::unique_ptr<TMoringCall_Form> m_moringCall;
   std::unique_ptr<TForm_ExtFind> m_extFind;

@@ -8,6 +8,7 @@
 #include "directory/DirectoryPages.h"
 #include "guest/ExtsView.h"
 #include "support/LanguagePack.h"
+#include "support/Log.h"
 #include "support/Shell.h"
 
 #include <QCoreApplication>
@@ -220,9 +221,25 @@ void TMain_Form::DeviceNotice(int subCode, const QByteArray &work) {
     if (number == SysParam().MyTelNo)
       return;
     const int state = GetU16(w, 18);
-    if (state == 1)
-      pages.InsertCallItem(u"Phone1"_s, number, -1, pages.Incomings_LMDListBox);
-    else if (state == 2)
+    if (state == 1) {
+      TCallListModel &list = pages.Incomings_LMDListBox;
+      pages.InsertCallItem(u"Phone1"_s, number, -1, list);
+      // A notice whose end never came would stay for good; the list keeps what a
+      // screen shows, the newest first, and says what went.
+      int dropped = 0;
+      while (list.Count() > kMaxRingingNotices) {
+        list.Delete(list.Count() - 1);
+        ++dropped;
+      }
+      if (dropped > 0) {
+        m_droppedRingingNotices += dropped;
+        StatusLine = u"%1 older ringing notices dropped"_s.arg(m_droppedRingingNotices);
+        WriteLog(u"Incoming list full (%1): %2 older notices dropped, %3 in all"_s
+                     .arg(kMaxRingingNotices)
+                     .arg(dropped)
+                     .arg(m_droppedRingingNotices));
+      }
+    } else if (state == 2)
       pages.RemoveIncomingItem(number);
     return;
   }

@@ -144,6 +144,12 @@ void TCallControlDev::RemoveAllPanels() {
   }
 }
 
+void TCallControlDev::AddPortID(int id) {
+  const QString text = QString::number(id);
+  if (!PortsID_ComboBox.contains(text))
+    PortsID_ComboBox.append(text);
+}
+
 void TCallControlDev::PrunePanels() {
   int i = m_phones[kHeadIndex].Next;
   while (i != kTailIndex && i >= 0) {

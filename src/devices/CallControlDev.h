@@ -81,6 +81,8 @@ public:
 
   // The IDs the last enumeration reported (the hidden PortsID_ComboBox).
   QStringList PortsID_ComboBox;
+  // Notes a reported ID once, however often the exchange reports it.
+  void AddPortID(int id);
 
   void CallControlDev_Init();
 

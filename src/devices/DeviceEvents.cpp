@@ -130,7 +130,7 @@ void TDeviceEvents::processPacketFromSocket_OtherTIS(const char *w) {
     p.Status = status;
     p.SrvClass = srvClass;
     SetColour(p, status);
-    m_table.PortsID_ComboBox.append(QString::number(id));
+    m_table.AddPortID(id);
     refreshMixShow(id, mix);
     p.ID = id;
     p.MoringCallTime = ParseWakeUpText(GetText(w, 82, kWorkBufferSize - 82));
@@ -163,7 +163,7 @@ void TDeviceEvents::processPacketFromSocket_OtherTIS(const char *w) {
       SetColour(p, 9);
       p.Panel.PhoneButtonGlyph = kTrunkGlyph;
     }
-    m_table.PortsID_ComboBox.append(QString::number(id));
+    m_table.AddPortID(id);
     if (devType == GsmModuleTrunk) {
       p.Panel.PhoneButtonVisible = false;
       p.Panel.TelNosVisible = false;
@@ -321,9 +321,14 @@ void TDeviceEvents::processPacketFromSocket_SrvClassName(const char *w) {
     SendRecordServerQuery();
     return;
   }
-  QStringList names = index == 0 ? QStringList() : SrvClassNames.stringList();
-  names.append(u"%1:%2"_s.arg(index + 1).arg(GetText(w, 18, kWorkBufferSize - 18)));
-  SrvClassNames.setStringList(names);
+  // One row more per answer; copying the whole list for each would grow with
+  // the square of the names over a session of refreshes.
+  if (index == 0)
+    SrvClassNames.setStringList({});
+  const int row = SrvClassNames.rowCount();
+  SrvClassNames.insertRows(row, 1);
+  SrvClassNames.setData(SrvClassNames.index(row),
+                        u"%1:%2"_s.arg(index + 1).arg(GetText(w, 18, kWorkBufferSize - 18)));
   m_net.SrvClassIndex = index + 1;
   m_net.Send(TNetModule::QuerySrvClassName);
 }

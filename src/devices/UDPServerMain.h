@@ -26,6 +26,10 @@ public:
   static constexpr quint16 kSubDeviceStatus = 136;
   static constexpr quint16 kTypeConRecord = 41;
   static constexpr quint16 kSubConRecord = 1;
+  // The receive buffer asked of the kernel: an exchange's restart pushes
+  // thousands of status datagrams at once, far more than the default holds
+  // while one turn of the event loop handles them.
+  static constexpr int kReceiveBufferBytes = 4 * 1024 * 1024;
 
   // The port is fixed in the field; tests give a free one (0 takes any).
   explicit TUDPMainForm(quint16 port = kDefaultPort, QObject *parent = nullptr);
@@ -50,6 +54,8 @@ public:
   // The port actually bound (differs from Port() only when that was 0).
   quint16 LocalPort() const { return UDPServer.localPort(); }
   bool Listening() const { return UDPServer.state() == QAbstractSocket::BoundState; }
+  // What the kernel granted of kReceiveBufferBytes (it may cap it), once bound.
+  int ReceiveBufferBytes() const { return m_receiveBuffer; }
 
   // The sender's address as the comparison with the setting Host sees it: an
   // IPv4 sender on the dual-stack listener reads as dotted IPv4.
@@ -74,4 +80,5 @@ private:
 
   quint16 m_port;
   bool m_loggedIn = false;
+  int m_receiveBuffer = 0;
 };

@@ -2,12 +2,26 @@
 
 #include "link/Display.h"
 #include "support/LanguagePack.h"
+#include "support/Log.h"
 #include "support/Shell.h"
 
 #include <QHash>
 #include <QList>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+int HexDigit(QChar c) {
+  const char16_t u = c.unicode();
+  if (u >= u'0' && u <= u'9')
+    return u - u'0';
+  if (u >= u'A' && u <= u'F')
+    return u - u'A' + 10;
+  if (u >= u'a' && u <= u'f')
+    return u - u'a' + 10;
+  return -1;
+}
+} // namespace
 
 bool TDeviceLink::Parse(const QString &text) {
   if (text.contains(u"$03"_s)) {
@@ -26,14 +40,18 @@ bool TDeviceLink::Parse(const QString &text) {
     end = text.size();
   const QString frame = text.mid(start, end - start);
 
-  // Fields of three characters; the first is "PDP", the rest are bytes.
+  // Fields of three characters; the first is "PDP", the rest are bytes. A byte
+  // is exactly two hex digits: a sign or a blank would make counts negative, and
+  // a negative count walks backwards. Anything else ends the frame there.
   QList<int> bytes;
   for (qsizetype i = 3; i + 2 <= frame.size() && i < 3072; i += 3) {
-    bool ok = false;
-    const int value = frame.mid(i, 2).toInt(&ok, 16);
-    if (!ok)
+    const int high = HexDigit(frame[i]);
+    const int low = HexDigit(frame[i + 1]);
+    if (high < 0 || low < 0) {
+      WriteLog(u"Device frame ends at a field that is no byte: \"%1\""_s.arg(frame.mid(i, 2)));
       break;
-    bytes << value;
+    }
+    bytes << (high << 4 | low);
   }
   if (bytes.size() < 2)
     return false;

@@ -69,7 +69,9 @@ void TExchangeLink::Winsock_TCPDataArrival(int bytesTotal) {
     WriteLog(u"Length:[%1] %2"_s.arg(count).arg(trace));
   }
 
-  if (count >= 4 && PacketHeader::Read(bytes).Magic != kPacketMagic) {
+  // A read of 4 to 11 bytes (the tail of a packet that never finished) has a
+  // magic but no whole header: only the four bytes that are there are looked at.
+  if (count >= 4 && GetU32(bytes, 0) != kPacketMagic) {
     WriteLog(u"数据包异常，数据被篡改，忽略处理!"_s);
     WriteLog(u"End!!!----------------------------------------------"_s);
     return;

@@ -15,7 +15,26 @@ TExchangeSocket::TExchangeSocket(QObject *parent)
     m_partialExpired = true;
     Announce();
   });
-  connect(m_socket, &QTcpSocket::connected, this, &TExchangeSocket::OnConnect);
+  m_connectTimer.setSingleShot(true);
+  connect(&m_connectTimer, &QTimer::timeout, this, [this] {
+    if (m_socket->state() == QAbstractSocket::ConnectedState)
+      return;
+    m_closingByUs = true;
+    m_socket->abort();
+    m_closingByUs = false;
+    emit OnConnectFailed(u"no answer within %1 s"_s.arg(ConnectTimeoutMs / 1000.0));
+  });
+  connect(m_socket, &QTcpSocket::connected, this, [this] {
+    m_connectTimer.stop();
+    m_wasConnected = true;
+    emit OnConnect();
+  });
+  connect(m_socket, &QTcpSocket::errorOccurred, this, [this](QAbstractSocket::SocketError) {
+    if (m_wasConnected || m_closingByUs || !m_connectTimer.isActive())
+      return;
+    m_connectTimer.stop();
+    emit OnConnectFailed(m_socket->errorString());
+  });
   // What the exchange sent before it closed is still handed out.
   connect(m_socket, &QTcpSocket::disconnected, this, [this] {
     if (!m_closingByUs)
@@ -53,6 +72,7 @@ void TExchangeSocket::Close() {
   m_closingByUs = true;
   m_socket->abort();
   m_closingByUs = false;
+  m_connectTimer.stop();
   m_pending.clear();
   m_partialTimer.stop();
   m_partialExpired = false;
@@ -60,6 +80,8 @@ void TExchangeSocket::Close() {
 
 void TExchangeSocket::Connect() {
   m_closingByUs = false;
+  m_wasConnected = false;
+  m_connectTimer.start(ConnectTimeoutMs);
   m_socket->connectToHost(RemoteHost, RemotePort);
 }
 
@@ -69,7 +91,10 @@ void TExchangeSocket::SendData(const QByteArray &bytes) {
 
 QByteArray TExchangeSocket::GetData() {
   m_taken = true;
-  return m_pending.left(m_offered);
+  // A copy of exactly this read, not a view into the larger pending buffer, so
+  // that a read past its end is a read past an allocation (which the sanitizer
+  // build reports) rather than into stale bytes of earlier reads.
+  return QByteArray(m_pending.constData(), m_offered);
 }
 
 void TExchangeSocket::TakeIncoming() {

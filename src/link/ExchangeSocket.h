@@ -23,6 +23,9 @@ class TExchangeSocket : public QObject {
 public:
   enum SocketState { Closed = 0, Connecting = 6, Connected = 7, Closing = 8, Error = 9 };
   static constexpr int kPartialWaitMs = 200;
+  // An exchange that doesn't answer a connect within this time counts as away;
+  // without it an address nobody holds keeps the connect pending for minutes.
+  int ConnectTimeoutMs = 10000;
 
   explicit TExchangeSocket(QObject *parent = nullptr);
   ~TExchangeSocket() override;
@@ -39,6 +42,9 @@ public:
 
 signals:
   void OnConnect();
+  // A connect of ours that did not come through: refused, no route, no such
+  // host, or no answer in time. The text says which, for the log and the operator.
+  void OnConnectFailed(const QString &error);
   void OnClose(); // closed by the exchange, not by Close()
   void OnDataArrival(int bytesTotal);
   void OnSendProgress(int bytesSent, int bytesRemaining);
@@ -54,6 +60,8 @@ private:
   qsizetype m_offered = 0; // bytes of the read being announced
   bool m_taken = false;
   bool m_closingByUs = false;
+  bool m_wasConnected = false; // since the last Connect()
+  QTimer m_connectTimer;
   bool m_announcing = false; // an arrival handler that lets events run must not re-enter
   bool m_partialExpired = false;
   QTimer m_partialTimer;

@@ -12,6 +12,11 @@ QDateTime CurrentDateTime() {
   return source ? source() : QDateTime::currentDateTime();
 }
 
+qint64 CurrentMSecsSinceEpoch() {
+  const ClockSource &source = Source();
+  return source ? source().toMSecsSinceEpoch() : QDateTime::currentMSecsSinceEpoch();
+}
+
 TDateTime Now() {
   return TDateTime::FromQDateTime(CurrentDateTime());
 }

@@ -8,6 +8,8 @@
 #include <QFile>
 #include <QThread>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 void TLogMemo::Append(const QString &line) {
@@ -33,17 +35,74 @@ QString LogFileName(const QDate &day) {
 }
 
 namespace {
-QString Stamp() {
-  return CurrentDateTime().toString(u"yyyy-MM-dd hh:mm:ss"_s);
+// The stamp of a line and the day of its file. They change once a second;
+// finding the local time and formatting it for every line of a burst would
+// cost more than handling what the line is about.
+struct LineTime {
+  qint64 Second = -1;
+  QDate Day;
+  QString Stamp;
+};
+
+const LineTime &CurrentLineTime() {
+  thread_local LineTime cached;
+  const qint64 second = CurrentMSecsSinceEpoch() / 1000;
+  if (second != cached.Second) {
+    const QDateTime now = CurrentDateTime();
+    cached.Second = second;
+    cached.Day = now.date();
+    cached.Stamp = now.toString(u"yyyy-MM-dd hh:mm:ss"_s);
+  }
+  return cached;
+}
+
+// Lines waiting for the end of the batch, and for which day's file.
+struct PendingLines {
+  int Depth = 0;
+  QDate Day;
+  QByteArray Bytes;
+};
+thread_local PendingLines t_pending;
+
+void AppendToFile(const QDate &day, const QByteArray &bytes) {
+  QFile file(LogFileName(day));
+  if (!file.open(QIODevice::WriteOnly | QIODevice::Append))
+    return;
+  file.write(bytes);
+}
+
+void FlushPending() {
+  if (t_pending.Bytes.isEmpty())
+    return;
+  const QByteArray bytes = std::exchange(t_pending.Bytes, QByteArray());
+  try {
+    AppendToFile(t_pending.Day, bytes);
+  } catch (...) {
+  }
 }
 } // namespace
 
 void WriteLogFile(const QString &text) {
-  const QDateTime now = CurrentDateTime();
-  QFile file(LogFileName(now.date()));
-  if (!file.open(QIODevice::WriteOnly | QIODevice::Append))
+  const LineTime &now = CurrentLineTime();
+  const QByteArray line = (now.Stamp + u": "_s + text + u"\r\n"_s).toUtf8();
+  if (t_pending.Depth > 0) {
+    // A batch that runs over midnight still puts each line in its own day's file.
+    if (t_pending.Day != now.Day)
+      FlushPending();
+    t_pending.Day = now.Day;
+    t_pending.Bytes += line;
     return;
-  file.write((now.toString(u"yyyy-MM-dd hh:mm:ss"_s) + u": "_s + text + u"\r\n"_s).toUtf8());
+  }
+  AppendToFile(now.Day, line);
+}
+
+TLogBatch::TLogBatch() {
+  ++t_pending.Depth;
+}
+
+TLogBatch::~TLogBatch() {
+  if (--t_pending.Depth == 0)
+    FlushPending();
 }
 
 bool LogEnabled() { return SysConfig().Debug != 0; }
@@ -58,7 +117,7 @@ void WriteLog(const QString &text) {
         app, [text] { WriteLog(text); }, Qt::QueuedConnection);
     return;
   }
-  LogMemo().Append(Stamp() + u": "_s + text);
+  LogMemo().Append(CurrentLineTime().Stamp + u": "_s + text);
   try {
     WriteLogFile(text);
   } catch (...) {

@@ -40,3 +40,15 @@ void WriteLogFile(const QString &text);
 
 // "<program folder>/TrunkdeskLog<yyyy-MM-dd>.ini"
 QString LogFileName(const QDate &day);
+
+// Gathers the file part of the lines written on this thread while it lives and
+// appends them with one open of the file when it ends. A burst of datagrams logs
+// a line each; opening the file for each would cost more than handling them.
+// The memo still gets each line at once. Nested batches join the outer one.
+class TLogBatch {
+public:
+  TLogBatch();
+  ~TLogBatch();
+  TLogBatch(const TLogBatch &) = delete;
+  TLogBatch &operator=(const TLogBatch &) = delete;
+};

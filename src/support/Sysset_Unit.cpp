@@ -7,6 +7,8 @@
 
 #include <QFileInfo>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 Tsysset_Form::Tsysset_Form(QObject *parent) : TFormLogic("Tsysset_Form", parent) {
@@ -67,6 +69,14 @@ void Tsysset_Form::FormShow() {
   HostPort_LMDEdit = c.Port;
   OutNo_LMDEdit = c.OutNo;
   LDNo_LMDEdit = c.LDNo;
+  if (!m_hostToShow.isEmpty())
+    HostIP_LMDEdit = std::exchange(m_hostToShow, QString());
+}
+
+void Tsysset_Form::ShowExchangePage(const QString &host) {
+  ActivePage = TabSheet1;
+  m_hostToShow = host;
+  Show();
 }
 
 void Tsysset_Form::TeEffectButton1Click() {

@@ -28,6 +28,9 @@ public:
   void FormCreate();
   // Fills the first page again: the login window may have changed the address.
   void FormShow();
+  // Opens on the exchange page with this address in its box: the one the
+  // console was told to use, which is what the operator wants to check.
+  void ShowExchangePage(const QString &host);
 
   // Page 1, the exchange.
   QString HostIP_LMDEdit;
@@ -63,6 +66,9 @@ signals:
   void ringToneButtonChanged(int imageIndex, const QString &caption);
   // The main window's TeTabSheet_Log is shown only while logging is on.
   void logPageVisibleChanged(bool visible);
+
+private:
+  QString m_hostToShow;
 };
 
 // The ring key's images: 15 while calls ring, 14 while they are silent.

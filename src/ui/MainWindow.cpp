@@ -9,6 +9,7 @@
 #include "support/Paths.h"
 #include "support/Settings.h"
 #include "support/Shell.h"
+#include "ui/DeviceTestPanelView.h"
 #include "ui/DirectoryView.h"
 #include "ui/Named.h"
 
@@ -205,6 +206,7 @@ TMainWindow::TMainWindow(TMain_Form &main, QWidget *parent) : QMainWindow(parent
   });
   RefreshCallControl();
   RefreshStatus();
+  new DeviceTestPanelView(main.DeviceTestPanel(), this);
 }
 
 void TMainWindow::BuildMenuAndToolbar() {
@@ -508,7 +510,9 @@ void TMainWindow::RefreshStatus() {
   const TNetPhone_SysParam &sp = SysParam();
   m_statusExt->setText(sp.MyTelNo.isEmpty() ? u"—"_s : sp.MyTelNo);
   // Live or not is what the desk needs to know at a glance.
-  m_statusSession->setText(LangText(sp.LoggedIn ? 336 : 343));
+  const QString state = m_main.SessionStateText();
+  m_statusSession->setText(m_main.StatusLine.isEmpty() ? state
+                                                       : m_main.StatusLine + u"  |  "_s + state);
   m_statusClock->setText(CurrentDateTime().toString(u"yyyy-MM-dd hh:mm:ss"_s));
 }
 

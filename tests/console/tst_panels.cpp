@@ -194,6 +194,15 @@ private slots:
     QCOMPARE(p.Incomings_LMDListBox.Count(), 1);
     d.Notice(137, 2, "8123", 20);
     QCOMPARE(p.Incomings_LMDListBox.Count(), 0);
+    // Ringing notices whose end never comes: the list stops at what a screen
+    // holds, newest first, and the status says how many went.
+    for (int n = 0; n < TMain_Form::kMaxRingingNotices + 3; ++n)
+      d.Notice(137, 1, QByteArray::number(9000 + n), 20);
+    QCOMPARE(p.Incomings_LMDListBox.Count(), TMain_Form::kMaxRingingNotices);
+    QCOMPARE(p.Incomings_LMDListBox.Item(0).Number,
+             QString::number(9000 + TMain_Form::kMaxRingingNotices + 2));
+    QCOMPARE(d.main.StatusLine, u"3 older ringing notices dropped"_s);
+    p.Incomings_LMDListBox.Clear();
 
     d.Notice(144, 0, "8123", 18);
     QCOMPARE(p.lostIncom_LMDListBox.Count(), 1);

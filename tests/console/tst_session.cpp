@@ -168,22 +168,84 @@ private slots:
     QVERIFY(d.main.PulseCheck_Timer.isActive());
   }
 
-  void droppedLinkIsReportedAndRecovered() {
+  // A lost session is taken up again by the console alone, however long the
+  // exchange stays away; meanwhile the desk shows that it is connecting and the
+  // log has one line for the tries, not one per try.
+  void lostSessionComesBackByItself_data() {
+    QTest::addColumn<bool>("exchangeDown");
+    QTest::newRow("link dropped") << false;
+    QTest::newRow("exchange stopped and back on its port") << true;
+  }
+  void lostSessionComesBackByItself() {
+    QFETCH(bool, exchangeDown);
     Desk d;
+    d.main.ReloginFastInterval = 30;
+    d.main.ReloginSlowInterval = 100;
+    d.main.ReloginFastTries = 3;
     d.login.Login_TeButtonClick();
     QVERIFY(d.LoggedIn());
     QSignalSpy udp(&d.main, &TMain_Form::udpLoggedInChanged);
-    d.sim.DropConnection();
-    QTRY_VERIFY(LogHas(u"DisConnected!!!"_s));
-    QCOMPARE(int(SysParam().Connected), 0);
-    QVERIFY(d.main.Display().Buffer1().startsWith(LangText(337).left(5)));
-    QCOMPARE(udp.last()[0].toBool(), false);
-    QVERIFY(d.main.PulseCheck_Timer.isActive()); // the pulse check does the rest
-    d.main.PulseCheck_TimerTimer();
-    SysParam().PulseSeen = 0;
-    d.main.PulseCheck_TimerTimer();
-    QTRY_COMPARE(LoginsReceived(d.sim), 2);
+    const quint16 port = d.sim.Port();
+    if (exchangeDown) {
+      d.sim.Close();
+      QTRY_VERIFY(d.main.ReloginTries() >= 6); // well into the slow tries
+      QVERIFY(d.main.Reconnecting());
+      QCOMPARE(d.main.SessionStateText(), LangText(575));
+      QVERIFY(d.main.Display().Buffer1().startsWith(LangText(569).left(8)));
+      QCOMPARE(udp.last()[0].toBool(), false);
+      QVERIFY(d.shell.Messages.isEmpty()); // nobody need click anything
+      QCOMPARE(LogMemo().Lines().filter(u"Logging in again to"_s).size(), 1);
+      QVERIFY(d.sim.Listen(port));
+    } else {
+      d.sim.DropConnection();
+      QTRY_VERIFY(LogHas(u"DisConnected!!!"_s));
+    }
     QVERIFY(d.LoggedIn());
+    QVERIFY(LoginsReceived(d.sim) >= 2);
+    QVERIFY(!d.main.Reconnecting());
+    QVERIFY(!d.main.Relogin_Timer.isActive());
+    QVERIFY(d.main.PulseCheck_Timer.isActive());
+    QCOMPARE(d.main.SessionStateText(), LangText(336));
+  }
+
+  void logOffStopsTheTries() {
+    Desk d;
+    d.main.ReloginFastInterval = 30;
+    d.login.Login_TeButtonClick();
+    QVERIFY(d.LoggedIn());
+    const quint16 port = d.sim.Port();
+    d.sim.Close();
+    QTRY_VERIFY(d.main.ReloginTries() >= 2);
+    d.main.TeSpeedButton11Click();
+    QVERIFY(!d.main.Reconnecting());
+    QVERIFY(d.sim.Listen(port));
+    QTest::qWait(200);
+    QVERIFY(!d.sim.IsConnected());
+  }
+
+  // A connect that can't come through is told, not waited on for ever; the
+  // address of a missing [host] section is nobody's on most networks.
+  void failedConnectIsTold_data() {
+    QTest::addColumn<QString>("host");
+    QTest::newRow("port closed") << u"127.0.0.1"_s;
+    QTest::newRow("address nobody holds") << u"192.0.2.1"_s;
+  }
+  void failedConnectIsTold() {
+    QFETCH(QString, host);
+    Desk d;
+    d.main.Link().Winsock_TCP().ConnectTimeoutMs = 300;
+    d.login.HostIP_TeMaskEdit = host;
+    const quint16 port = d.sim.Port();
+    d.sim.Close();
+    d.login.HostPort_TeMaskEdit = QString::number(port);
+    d.login.Login_TeButtonClick();
+    QTRY_COMPARE(d.shell.Messages.size(), 1);
+    QCOMPARE(d.shell.Messages[0].Kind, MessageKind::Error);
+    QVERIFY(d.shell.Messages[0].Text.startsWith(LangText(571)));
+    QVERIFY(d.shell.Messages[0].Text.contains(u"%1:%2"_s.arg(host).arg(port)));
+    QVERIFY(d.main.Display().Buffer1().startsWith(LangText(571).left(8)));
+    QCOMPARE(d.main.Front, TMain_Form::FrontPanel::Company_TePanel);
+    QVERIFY(!d.main.Reconnecting()); // never logged in: nothing to take up again
   }
 
   void refusedThenReloginFromTheToolbar() {

@@ -122,6 +122,8 @@ private slots:
     QCOMPARE(m.table.PortsID_ComboBox, QStringList{u"3"_s});
     QCOMPARE(row.size(), 1);
     QCOMPARE(m.LastRequest(), u"34:4"_s); // lock step: the next ID
+    m.Feed({3, 1, 1, "8003"}); // reported again: still one entry
+    QCOMPARE(m.table.PortsID_ComboBox, QStringList{u"3"_s});
   }
 
   void hiddenTypeGetsNoPanelButTheWalkGoesOn() {
@@ -341,7 +343,12 @@ private slots:
     m.net.MultiTask = true;
     m.events.processPacketFromSocket_Other(Work(24, 152).constData());
     QCOMPARE(steps, 1);
-    m.events.processPacketFromSocket_VoiceMail(Work(40, 1).constData()); // never acts
+    // The voice-mail answer never acts: nothing goes out, nobody is told.
+    const qsizetype sent = CapturedPackets.size();
+    m.events.processPacketFromSocket_VoiceMail(Work(40, 1).constData());
+    QCOMPARE(CapturedPackets.size(), sent);
+    QVERIFY(m.shell.Messages.isEmpty());
+    QCOMPARE(notice.size(), 3);
   }
 };
 

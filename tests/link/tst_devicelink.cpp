@@ -4,7 +4,9 @@
 #include "link/DeviceLink.h"
 #include "link/Display.h"
 #include "support/LanguagePack.h"
+#include "support/Log.h"
 #include "support/Paths.h"
+#include "support/Settings.h"
 
 #include <QTest>
 
@@ -52,6 +54,31 @@ private slots:
     QCOMPARE(shell.Messages.size(), 1);
     QCOMPARE(shell.Messages[0].Text, LangText(250));
     QCOMPARE(int(device.State.LedOn), 0);
+  }
+
+  // Fields are unsigned hex: a signed one ends the frame with a log line instead
+  // of looping, reading before the list, or making a character of a negative.
+  void signedFieldEndsTheFrame_data() {
+    QTest::addColumn<QString>("text");
+    QTest::newRow("count -3") << u"PDP00 23 01 -3 DF "_s;
+    QTest::newRow("count -F") << u"PDP00 23 01 -F EB "_s;
+    QTest::newRow("display byte -2") << u"PDP00 28 01 01 -2 D8 "_s;
+    QTest::newRow("plus sign") << u"PDP00 28 01 01 +2 D4 "_s;
+  }
+  void signedFieldEndsTheFrame() {
+    QFETCH(QString, text);
+    TestHome home;
+    home.UseChinese();
+    SysConfig().Debug = 1;
+    RecordingShell shell;
+    TDisplay display;
+    TDeviceLink device(display);
+    QVERIFY(!device.Parse(text));
+    QCOMPARE(display.Buffer1(), TDisplay::BlankBuffer());
+    const QStringList &log = LogMemo().Lines();
+    QVERIFY(std::any_of(log.begin(), log.end(), [](const QString &line) {
+      return line.contains(u"Device frame ends at a field that is no byte"_s);
+    }));
   }
 
   void lampsHookAndDate() {

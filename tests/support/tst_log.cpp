@@ -62,6 +62,25 @@ private slots:
              (QStringList{u"2026-11-22 09:00:00: first"_s, u"2026-11-22 09:00:00: second"_s}));
   }
 
+  // A burst's lines reach the file together, each in its own day's file.
+  void batchOverMidnightKeepsEveryLineInItsDay() {
+    TestHome home;
+    SysConfig().Debug = 1;
+    const QDate day(2026, 11, 22);
+    {
+      TLogBatch batch;
+      StandAt(QDateTime(day, QTime(23, 59, 59)));
+      WriteLog(u"late"_s);
+      WriteLog(u"later"_s);
+      StandAt(QDateTime(day.addDays(1), QTime(0, 0)));
+      WriteLog(u"early"_s);
+      QCOMPARE(LogMemo().Lines().size(), 3);
+    }
+    QCOMPARE(FileLines(day), (QStringList{u"2026-11-22 23:59:59: late"_s,
+                                          u"2026-11-22 23:59:59: later"_s}));
+    QCOMPARE(FileLines(day.addDays(1)), QStringList{u"2026-11-23 00:00:00: early"_s});
+  }
+
   void memoClearsPastItsLimitWhileTheFileKeepsAll() {
     TestHome home;
     SysConfig().Debug = 1;

@@ -134,6 +134,11 @@ private slots:
     QCOMPARE(shell.Messages.first().Text, LangText(message));
     QCOMPARE(SysConfig().DBFile, exists ? path : before);
     QVERIFY(dialog.isVisible()); // the check leaves the window open
+    // The main window's host key opens it on the exchange page, with that address.
+    logic.ShowExchangePage(u"10.2.2.2"_s);
+    QCOMPARE(Control<QTabWidget>(&dialog, u"PageControl1"_s)->currentWidget()->objectName(),
+             u"TabSheet1"_s);
+    QCOMPARE(Control<QLineEdit>(&dialog, u"HostIP_LMDEdit"_s)->text(), u"10.2.2.2"_s);
   }
 
   void languageSwitchReachesOpenDialogs() {

@@ -41,6 +41,11 @@ bool ExchangeSim::Listen(quint16 port, const QHostAddress &address) {
   return Server.listen(address, port);
 }
 
+void ExchangeSim::Close() {
+  Server.close();
+  DropConnection();
+}
+
 quint16 ExchangeSim::Port() const {
   return Server.serverPort();
 }

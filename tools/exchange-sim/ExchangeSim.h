@@ -38,6 +38,9 @@ public:
   bool Listen(quint16 port = 0, const QHostAddress &address = QHostAddress::LocalHost);
   quint16 Port() const;
   QString ListenError() const;
+  // Goes down as a stopped exchange does: the console's connection drops and
+  // connects are refused until Listen() again, on the same port if wanted.
+  void Close();
 
   // A Login with this number and password is answered with `result`: "1000"
   // accepts, "1001", "1002" and "1003" refuse. An unknown number or a wrong
