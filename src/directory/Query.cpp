@@ -48,6 +48,10 @@ QString TADOQuery::BaseTable() const {
 }
 
 void TADOQuery::Load() {
+  // A read sees every record appended before it, unless the store can't take
+  // them yet.
+  if (Sys_DM().PendingWrites().Waiting() > 0)
+    Sys_DM().PendingWrites().Flush();
   const QString sql = TranslateJet(SQL);
   if (HasSecondStatement(sql))
     throw EDatabaseError(u"Refused: more than one statement ["_s + SQL.left(160) + u']');
