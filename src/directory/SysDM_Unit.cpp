@@ -283,7 +283,8 @@ void TSys_DM::AddMoringCallLog(const TMoringCallLog &r) {
 void TSys_DM::Execute(const QString &jet) {
   const QString sql = TranslateJet(jet);
   if (HasSecondStatement(sql))
-    throw EDatabaseError(u"Refused: more than one statement ["_s + jet.left(160) + u']');
+    throw EDatabaseError(u"Refused: more than one statement, or a NUL in it ["_s +
+                         QString(jet).replace(QChar(0), u"\\0"_s).left(160) + u']');
   QSqlQuery q(StoreConnection());
   if (!q.exec(sql))
     throw EDatabaseError(q.lastError().text().trimmed() + u" ["_s + jet.simplified().left(160) +
