@@ -6,7 +6,9 @@
 #include "support/Log.h"
 #include "support/Paths.h"
 #include "support/Settings.h"
+#include "support/Shell.h"
 #include "support/TextCodec.h"
+#include "support/TextFile.h"
 
 using namespace Qt::StringLiterals;
 
@@ -37,8 +39,17 @@ TLanguage_Pack::TLanguage_Pack() {
 bool TLanguage_Pack::LoadLanguageFile(const QString &fileName) {
   IniFile ini;
   const IniFile::LoadResult result = ini.Load(fileName);
-  if (result != IniFile::LoadResult::Loaded)
+  if (result == IniFile::LoadResult::TooLarge || result == IniFile::LoadResult::NotText) {
+    // Said in English: the pack that would say it is the file refused.
+    const QString problem = TextFileProblem(result == IniFile::LoadResult::TooLarge
+                                                ? TextFileStatus::TooLarge
+                                                : TextFileStatus::NotText,
+                                            fileName);
+    WriteLog(u"Language file not loaded: "_s + problem);
+    TheShell().Message(MessageKind::Warning, problem + u"; the texts stay empty."_s);
+  } else if (result != IniFile::LoadResult::Loaded) {
     WriteLog(u"Language file not loaded: "_s + fileName);
+  }
   for (int i = 0; i < kLanguageStringCount; ++i) {
     const std::optional<QString> value = ini.Value(u"Public"_s, u"str_%1"_s.arg(i));
     if (!value) {
