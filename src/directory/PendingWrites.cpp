@@ -89,7 +89,7 @@ TPendingWrites::~TPendingWrites() {
   // The process is ending: whatever still waits goes to the spill file, to be
   // written at the next start. The log may be gone by now, so nothing is said.
   if (!m_memory.isEmpty() && !m_spillPath.isEmpty())
-    SpillRows(m_memory);
+    SpillRows(m_memory); // after the rows already there: they are older
   if (m_timer)
     m_timer->stop();
 }
@@ -121,7 +121,7 @@ qint64 TPendingWrites::AppendNow(const TPendingRow &row) {
     QList<TPendingRow> batch = m_memory;
     batch.append(row);
     qint64 lastId = -1;
-    if (WriteRows(batch, &lastId) == Outcome::Written) {
+    if (Begin() == Outcome::Written && WriteRows(batch, &lastId) == Outcome::Written) {
       m_memory.clear();
       NoteWritten();
       return lastId;
@@ -137,20 +137,29 @@ bool TPendingWrites::Flush() {
   if (Waiting() == 0)
     return true;
   m_flushing = true;
-  // The file holds the oldest rows; memory joins its end whenever both would
-  // hold rows, so the order of arrival is the order of writing.
-  if (m_memory.size() > kMemoryRows || (m_spilledRows > 0 && !m_memory.isEmpty()))
-    SpillMemory();
+  // The file holds the oldest rows, memory the newest: past the bound the
+  // oldest in memory join the file's end, so the order of arrival is the order
+  // of writing.
+  if (m_memory.size() > kMemoryRows) {
+    const qsizetype over = m_memory.size() - kMemoryRows;
+    const bool first = m_spilledRows == 0;
+    if (SpillRows(m_memory.mid(0, over))) {
+      m_memory.remove(0, over);
+      if (first)
+        WriteLog(u"Store: more than %1 records wait; the oldest go to %2"_s.arg(kMemoryRows)
+                     .arg(m_spillPath));
+    }
+  }
 
-  Outcome outcome = Outcome::Written;
-  if (m_spilledRows > 0) {
+  Outcome outcome = Begin();
+  if (outcome == Outcome::Written && m_spilledRows > 0) {
     qint64 end = 0;
     qint64 lines = 0;
     QList<TPendingRow> rows = ReadSpill(kRowsPerTurn, &end, &lines);
     outcome = WriteRows(rows, nullptr);
     if (outcome == Outcome::Written)
       ConsumeSpill(end, lines);
-  } else {
+  } else if (outcome == Outcome::Written) {
     QList<TPendingRow> rows = m_memory.mid(0, kRowsPerTurn);
     outcome = WriteRows(rows, nullptr);
     if (outcome == Outcome::Written)
@@ -166,7 +175,7 @@ bool TPendingWrites::Flush() {
   return false;
 }
 
-TPendingWrites::Outcome TPendingWrites::WriteRows(QList<TPendingRow> &rows, qint64 *lastId) {
+TPendingWrites::Outcome TPendingWrites::Begin() {
   QSqlDatabase db = StoreConnection();
   if (!db.isOpen()) {
     NoteWaiting(u"the database is not open"_s);
@@ -178,12 +187,20 @@ TPendingWrites::Outcome TPendingWrites::WriteRows(QList<TPendingRow> &rows, qint
   if (q.exec(u"PRAGMA busy_timeout"_s) && q.next())
     busyTimeout = q.value(0).toInt();
   q.exec(u"PRAGMA busy_timeout=0"_s);
-  auto restore = qScopeGuard([&] { QSqlQuery(db).exec(u"PRAGMA busy_timeout=%1"_s.arg(busyTimeout)); });
-
-  if (!q.exec(u"BEGIN IMMEDIATE"_s)) {
-    NoteWaiting(q.lastError().text());
+  const bool begun = q.exec(u"BEGIN IMMEDIATE"_s);
+  const QString reason = q.lastError().text();
+  q.exec(u"PRAGMA busy_timeout=%1"_s.arg(busyTimeout));
+  if (!begun) {
+    NoteWaiting(reason);
     return Outcome::Busy;
   }
+  return Outcome::Written;
+}
+
+TPendingWrites::Outcome TPendingWrites::WriteRows(QList<TPendingRow> &rows, qint64 *lastId) {
+  // Called inside the transaction Begin opened; ends it either way.
+  QSqlDatabase db = StoreConnection();
+  QSqlQuery q(db);
   QHash<QString, std::shared_ptr<QSqlQuery>> inserts;
   for (qsizetype i = 0; i < rows.size(); ++i) {
     const TPendingRow &row = rows[i];
@@ -247,8 +264,7 @@ void TPendingWrites::SpillMemory() {
   if (m_memory.isEmpty() || m_spillPath.isEmpty())
     return;
   if (SpillRows(m_memory)) {
-    if (m_spilledRows == qint64(m_memory.size()))
-      WriteLog(u"Store: %1 records wait in %2"_s.arg(m_memory.size()).arg(m_spillPath));
+    WriteLog(u"Store: %1 records wait in %2"_s.arg(m_memory.size()).arg(m_spillPath));
     m_memory.clear();
   }
 }

@@ -25,7 +25,7 @@ struct TPendingRow {
 // Rows that arrive in one turn of the event loop are written together in one
 // transaction at the end of that turn. A write never waits for a lock: when
 // another program holds the store, the rows wait in memory and are tried again;
-// past kMemoryRows they go to a spill file beside the store, which is also
+// past kMemoryRows the oldest go to a spill file beside the store, which is also
 // where they survive a close or a crash and from where they are written at the
 // next start. Rows are written in the order they arrived, whichever of the two
 // places they waited in. The operator hears of it once per spell of waiting.
@@ -36,7 +36,7 @@ public:
   static constexpr int kMemoryRows = 10000;
   // Rows per transaction: large enough that a burst costs little, small enough
   // that one write leaves the event loop free again within milliseconds.
-  static constexpr int kRowsPerTurn = 1000;
+  static constexpr int kRowsPerTurn = 500;
   static constexpr int kRetryMs = 500;
 
   TPendingWrites();
@@ -63,6 +63,7 @@ public:
 
 private:
   enum class Outcome { Written, Busy };
+  Outcome Begin();
   Outcome WriteRows(QList<TPendingRow> &rows, qint64 *lastId);
   void ScheduleFlush(int ms);
   void SpillMemory();
