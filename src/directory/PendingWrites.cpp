@@ -54,33 +54,6 @@ bool ParseRow(const QByteArray &line, TPendingRow *row) {
          row->Columns.size() == row->Values.size();
 }
 
-// Errors that say "not now" rather than "never": a lock, a read-only or full
-// disk, a file gone away. Anything else is a row the store will never take.
-bool IsTransient(const QSqlError &error) {
-  bool ok = false;
-  const int code = error.nativeErrorCode().toInt(&ok) & 0xff;
-  if (!ok)
-    return true;
-  switch (code) {
-  case 5:  // busy
-  case 6:  // locked
-  case 8:  // read-only
-  case 10: // I/O error
-  case 13: // disk full
-  case 14: // can't open
-  case 15: // lock protocol
-    return true;
-  default:
-    return false;
-  }
-}
-
-QString RowText(const TPendingRow &row) {
-  QStringList parts;
-  for (qsizetype i = 0; i < row.Columns.size(); ++i)
-    parts << row.Columns[i] + u'=' + row.Values[i].toString();
-  return row.Table + u": "_s + parts.join(u", "_s);
-}
 } // namespace
 
 TPendingWrites::TPendingWrites() = default;
@@ -197,13 +170,12 @@ TPendingWrites::Outcome TPendingWrites::Begin() {
   return Outcome::Written;
 }
 
-TPendingWrites::Outcome TPendingWrites::WriteRows(QList<TPendingRow> &rows, qint64 *lastId) {
+TPendingWrites::Outcome TPendingWrites::WriteRows(const QList<TPendingRow> &rows, qint64 *lastId) {
   // Called inside the transaction Begin opened; ends it either way.
   QSqlDatabase db = StoreConnection();
   QSqlQuery q(db);
   QHash<QString, std::shared_ptr<QSqlQuery>> inserts;
-  for (qsizetype i = 0; i < rows.size(); ++i) {
-    const TPendingRow &row = rows[i];
+  for (const TPendingRow &row : rows) {
     const QString key = row.Table + u'|' + row.Columns.join(u',');
     auto it = inserts.find(key);
     if (it == inserts.end()) {
@@ -222,18 +194,13 @@ TPendingWrites::Outcome TPendingWrites::WriteRows(QList<TPendingRow> &rows, qint
         *lastId = (*it)->lastInsertId().toLongLong();
       continue;
     }
-    const QSqlError error = (*it)->lastError();
-    if (IsTransient(error)) {
-      inserts.clear();
-      q.exec(u"ROLLBACK"_s);
-      NoteWaiting(error.text());
-      return Outcome::Busy;
-    }
-    // A row the store can never take would hold back every row after it; the
-    // log keeps what it held.
-    WriteLog(u"Store: record refused and dropped (%1): %2"_s.arg(error.text(), RowText(row)));
-    if (lastId)
-      *lastId = -1;
+    // Whatever the reason (a lock, a full disk, a table gone until the schema
+    // check at the next start makes it again), the rows are kept, never dropped.
+    const QString reason = (*it)->lastError().text();
+    inserts.clear();
+    q.exec(u"ROLLBACK"_s);
+    NoteWaiting(reason);
+    return Outcome::Busy;
   }
   inserts.clear();
   if (!q.exec(u"COMMIT"_s)) {

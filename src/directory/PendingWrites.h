@@ -64,7 +64,7 @@ public:
 private:
   enum class Outcome { Written, Busy };
   Outcome Begin();
-  Outcome WriteRows(QList<TPendingRow> &rows, qint64 *lastId);
+  Outcome WriteRows(const QList<TPendingRow> &rows, qint64 *lastId);
   void ScheduleFlush(int ms);
   void SpillMemory();
   bool SpillRows(const QList<TPendingRow> &rows);

@@ -5,7 +5,6 @@
 #include "support/LanguageTable.h"
 #include "support/Log.h"
 #include "support/Paths.h"
-#include "support/Settings.h"
 #include "support/Shell.h"
 #include "support/TextCodec.h"
 #include "support/TextFile.h"
@@ -22,13 +21,6 @@ std::array<QString, kExtStatusNameCount> &StatusNames() {
       u"维护忙"_s, u"空闲"_s, u"被叫振铃"_s, u"回叫振铃"_s, u"拨号"_s, u"回铃"_s,
       u"催挂"_s,   u"通话"_s, u"呼叫等待"_s, u"Error"_s,    u"Error"_s};
   return names;
-}
-
-void LoadAndApply(int langId) {
-  LanguagePack().LoadLanguageFile(AppFileOrShipped(LanguageFileName(langId)));
-  ApplyLanguage();
-  ReloadTypeNames();
-  LanguagePack().LangID = langId;
 }
 } // namespace
 
@@ -161,24 +153,18 @@ QString LanguageFileName(int langId) {
   return langId == 1 ? u"ini/lang_English.lan"_s : u"ini/lang_chinese.lan"_s;
 }
 
-void LanguageStart() {
-  IniFile ini;
-  ini.Load(SettingsFilePath());
-  const int id = ini.ReadInteger(u"Lang"_s, u"LangID"_s, 0);
-  LanguagePack().LangID = id;
-  LanguagePack().LoadLanguageFile(AppFileOrShipped(LanguageFileName(id)));
-}
-
-void LanguageFirstShow() {
-  const int id = SettingsIni().ReadInteger(u"Lang"_s, u"LangID"_s, 0);
-  LoadAndApply(id != 0 ? 1 : 0);
+void LoadLanguage(int langId) {
+  LanguagePack().LoadLanguageFile(AppFileOrShipped(LanguageFileName(langId)));
+  ApplyLanguage();
+  ReloadTypeNames();
+  LanguagePack().LangID = langId;
 }
 
 bool SelectLanguage(int langId) {
   langId = langId == 1 ? 1 : 0;
   if (LanguagePack().LangID == langId)
     return false;
-  LoadAndApply(langId);
+  LoadLanguage(langId);
   return true;
 }
 

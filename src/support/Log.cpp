@@ -2,11 +2,12 @@
 
 #include "support/Clock.h"
 #include "support/Paths.h"
-#include "support/Settings.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QThread>
+
+#include <atomic>
 
 using namespace Qt::StringLiterals;
 
@@ -46,7 +47,18 @@ void WriteLogFile(const QString &text) {
   file.write((now.toString(u"yyyy-MM-dd hh:mm:ss"_s) + u": "_s + text + u"\r\n"_s).toUtf8());
 }
 
-bool LogEnabled() { return SysConfig().Debug != 0; }
+namespace {
+std::atomic<const int *> g_logSwitch{nullptr};
+} // namespace
+
+void SetLogSwitch(const int *on) {
+  g_logSwitch = on;
+}
+
+bool LogEnabled() {
+  const int *on = g_logSwitch.load(std::memory_order_relaxed);
+  return on && *on != 0;
+}
 
 void WriteLog(const QString &text) {
   if (!LogEnabled())

@@ -52,16 +52,15 @@ IniFile::LoadResult LoadUsable(IniFile &ini, QString *path) {
 
 TSysConfig &SysConfig() {
   static TSysConfig config;
+  // The log sits below the settings; it is told where its switch is.
+  static const bool logWired = (SetLogSwitch(&config.Debug), true);
+  Q_UNUSED(logWired);
   return config;
 }
 
 TSettingsBindings &SettingsBindings() {
   static TSettingsBindings bindings;
   return bindings;
-}
-
-QString SettingsFilePath() {
-  return AppFile(u"ini/sys.ini"_s);
 }
 
 const IniFile &SettingsIni() {
@@ -181,6 +180,20 @@ void SaveConfig(TSysConfig &c) {
     return;
   }
   OpenIni() = std::move(ini);
+}
+
+void LanguageStart() {
+  IniFile ini;
+  QString path = SettingsFilePath();
+  LoadUsable(ini, &path);
+  const int id = ini.ReadInteger(u"Lang"_s, u"LangID"_s, 0);
+  LanguagePack().LangID = id;
+  LanguagePack().LoadLanguageFile(AppFileOrShipped(LanguageFileName(id)));
+}
+
+void LanguageFirstShow() {
+  const int id = SettingsIni().ReadInteger(u"Lang"_s, u"LangID"_s, 0);
+  LoadLanguage(id != 0 ? 1 : 0);
 }
 
 void LoadStateCodes(const QString &fileName) {
