@@ -2,7 +2,9 @@
 
 #include "support/Log.h"
 #include "support/Paths.h"
+#include "support/Shell.h"
 #include "support/TextCodec.h"
+#include "support/TextFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -53,10 +55,13 @@ void TPhoneBoard::RefreshPhones_tefxButtonClick() {
 void TPhoneBoard::savePhones_tefxButtonClick() {
   if (!m_table.LayoutLoaded)
     return;
-  QString xml =
-      u"<?xml version=\"1.0\" encoding=\"GB2312\"?>\r\n<PhonePanels>\r\n<PhonePanelsGrp1"_s;
+  // Other consoles read this file: the group keeps its name, and colours are the
+  // signed 32-bit decimals the format holds (a system colour is negative).
+  QString xml = u"<?xml version=\"1.0\" encoding=\"GB2312\"?>\r\n<PhonePanels>\r\n"
+                u"<PhonePanelsGrp1 name=\"Normal\""_s;
   for (const TLegendColour &c : kLegendColours)
-    xml += u" %1=\"%2\""_s.arg(QString::fromUtf16(c.Attribute)).arg(m_table.Colours[size_t(c.Tag)]);
+    xml += u" %1=\"%2\""_s.arg(QString::fromUtf16(c.Attribute))
+               .arg(qint32(m_table.Colours[size_t(c.Tag)]));
   xml += u">\r\n"_s;
   for (int id : m_table.Ordered())
     xml += u"<PhonePanel ID=\"%1\" left=\"%2\" Top=\"%3\"/>\r\n"_s.arg(id)
@@ -64,7 +69,12 @@ void TPhoneBoard::savePhones_tefxButtonClick() {
                .arg(m_table.ScreenTop(id));
   xml += u"</PhonePanelsGrp1>\r\n</PhonePanels>\r\n"_s;
 
-  const QString file = LayoutFileName();
+  // A file refused at reading is left for whoever can rescue it.
+  QString file = LayoutFileName();
+  QByteArray ignored;
+  const TextFileStatus status = ReadTextFile(file, &ignored);
+  if (status == TextFileStatus::TooLarge || status == TextFileStatus::NotText)
+    file = ReplacementPath(file);
   QDir().mkpath(QFileInfo(file).absolutePath());
   QSaveFile out(file);
   if (!out.open(QIODevice::WriteOnly) || out.write(ToGb2312(xml)) < 0 || !out.commit())
@@ -72,17 +82,30 @@ void TPhoneBoard::savePhones_tefxButtonClick() {
 }
 
 bool TPhoneBoard::LoadPhones_tefxButtonClick() {
-  QFile file(LayoutFileName());
-  if (!file.open(QIODevice::ReadOnly)) {
-    WriteLog(u"Panel layout not loaded: "_s + file.fileName());
+  QString fileName = LayoutFileName();
+  QByteArray bytes;
+  const TextFileStatus status = ReadTextFile(fileName, &bytes);
+  if (status == TextFileStatus::TooLarge || status == TextFileStatus::NotText) {
+    // The board starts as if the file were empty, and its layout is kept
+    // beside the file from now on (and read from there while the file is in the way).
+    const QString problem = TextFileProblem(status, fileName);
+    fileName = ReplacementPath(fileName);
+    WriteLog(u"Panel layout not loaded: "_s + problem);
+    TheShell().Message(MessageKind::Warning,
+                       problem + u"; the panel layout is kept in %1 instead."_s.arg(
+                                     QFileInfo(fileName).fileName()));
+    if (ReadTextFile(fileName, &bytes) != TextFileStatus::Read)
+      bytes.clear();
+  } else if (status != TextFileStatus::Read) {
+    WriteLog(u"Panel layout not loaded: "_s + fileName);
     return false;
   }
   m_table.LayoutLoaded = true;
-  QXmlStreamReader xml(DecodeLayout(file.readAll()));
+  QXmlStreamReader xml(DecodeLayout(bytes));
 
   // The first group under the root holds the legend and the panels.
   if (!xml.readNextStartElement()) {
-    WriteLog(u"Panel layout has no root: "_s + file.fileName());
+    WriteLog(u"Panel layout has no root: "_s + fileName);
     return true;
   }
   bool group = false;
@@ -94,7 +117,7 @@ bool TPhoneBoard::LoadPhones_tefxButtonClick() {
     xml.skipCurrentElement();
   }
   if (!group) {
-    WriteLog(u"Panel layout has no panel group: "_s + file.fileName());
+    WriteLog(u"Panel layout has no panel group: "_s + fileName);
     return true;
   }
 

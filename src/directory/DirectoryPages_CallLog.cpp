@@ -14,15 +14,13 @@
 using namespace Qt::StringLiterals;
 
 qint32 TDirectoryPages::AddConRecord(const QString &number, int state) {
-  // An empty cursor to append to: the cost of a call record stays the same
-  // however long the log has grown.
-  Sys_DM().OpenSQL(u"select * from conRecords where 1=2"_s, Select_ADOQuery);
-  Select_ADOQuery.Append();
-  Select_ADOQuery.SetString(u"TelNos"_s, number.isEmpty() ? u"?"_s : number);
-  Select_ADOQuery.SetInteger(u"State"_s, state);
-  Select_ADOQuery.SetDateTime(u"DateTime"_s, Now());
-  Select_ADOQuery.Post();
-  return Select_ADOQuery.AsInteger(u"ID"_s);
+  // Written at once so the list row can carry its ID; while the store is busy
+  // the call waits with the other records and its row has no ID (-1) until the
+  // lists are next loaded.
+  return qint32(Sys_DM().PendingWrites().AppendNow(
+      {u"conRecords"_s,
+       {u"TelNos"_s, u"State"_s, u"DateTime"_s},
+       {number.isEmpty() ? u"?"_s : number, state, FormatFull(Now())}}));
 }
 
 TCallListModel *TDirectoryPages::ListOfState(int state) {

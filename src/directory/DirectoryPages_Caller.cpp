@@ -19,7 +19,8 @@ QString CallerLookupSQL(const QString &field, const QString &number) {
   // number; the length test keeps an internal extension from matching an
   // outside number that happens to contain it. The shortest stored number wins.
   const QString n = SqlText(number);
-  const QString length = number.size() < 7 ? u"<=6"_s : u">6"_s;
+  // Counted as len() counts the stored number.
+  const QString length = StoredLength(number) < 7 ? u"<=6"_s : u">6"_s;
   return u"select * from maininfo where ( ( ( "_s + field + u" like '%'&right('"_s + n +
          u"',7)&'%' ) and ( len(phone1)"_s + length +
          u" ) ) or ( ( mobilePhone like '%'&right('"_s + n +

@@ -35,15 +35,23 @@ bool ArgDate(sqlite3_value *v, TDateTime *out) {
   }
 }
 
-// right(text, n): the last n characters.
+// right(text, n): the last n characters, counted as len() counts them, so a
+// character outside the basic plane is never cut in half.
 void JetRight(sqlite3_context *ctx, int, sqlite3_value **argv) {
   if (sqlite3_value_type(argv[0]) == SQLITE_NULL) {
     sqlite3_result_null(ctx);
     return;
   }
   const QString text = ArgText(argv[0]);
-  const int n = qMax(0, sqlite3_value_int(argv[1]));
-  ResultText(ctx, text.right(n));
+  qsizetype n = qMax(0, sqlite3_value_int(argv[1]));
+  qsizetype from = text.size();
+  while (n > 0 && from > 0) {
+    --from;
+    if (text[from].isLowSurrogate() && from > 0 && text[from - 1].isHighSurrogate())
+      --from;
+    --n;
+  }
+  ResultText(ctx, text.mid(from));
 }
 
 // format(date, "yyyy-mm-dd hh:nn:ss"): Jet's date tokens, where "mm" after an

@@ -173,17 +173,41 @@ QString RewritePageQuery(const QString &jet) {
   return u"SELECT * FROM %1 WHERE (%2) ORDER BY id desc LIMIT %3 OFFSET %4"_s.arg(
       m.captured(2), m.captured(3), m.captured(1), m.captured(4));
 }
+
+// cdate(a - b): the difference of two dates, which SQLite can't take of the
+// stored text, becomes jet_cdate(jet_datesub(a, b)). Worked on tokens, so the
+// same characters inside a quoted value stay what they are.
+void RewriteDateDifference(QList<Token> &t) {
+  const auto operand = [&](qsizetype i) {
+    return i < t.size() && (t[i].kind == Token::Word || t[i].kind == Token::Ident ||
+                            t[i].kind == Token::String || t[i].kind == Token::Number);
+  };
+  const auto other = [&](qsizetype i, QStringView text) {
+    return i < t.size() && t[i].kind == Token::Other && t[i].text == text;
+  };
+  for (qsizetype i = 0; i < t.size(); ++i) {
+    if (!WordIs(t[i], "cdate"))
+      continue;
+    const qsizetype open = NextSolid(t, i + 1);
+    const qsizetype a = NextSolid(t, open + 1);
+    const qsizetype minus = NextSolid(t, a + 1);
+    const qsizetype b = NextSolid(t, minus + 1);
+    const qsizetype close = NextSolid(t, b + 1);
+    if (!other(open, u"(") || !operand(a) || !other(minus, u"-") || !operand(b) ||
+        !other(close, u")"))
+      continue;
+    t[i].text = u"jet_cdate"_s;
+    t[open].text = u"(jet_datesub("_s;
+    t[minus].text = u","_s;
+    t[close].text = u"))"_s;
+  }
+}
 } // namespace
 
 QString TranslateJet(const QString &jetText) {
-  // cdate(a-b): the difference of two dates, which SQLite can't take of the stored text.
-  static const QRegularExpression dateDifference(
-      uR"(\bcdate\s*\(\s*(#[^#]*#|[\w\[\]]+)\s*-\s*(#[^#]*#|[\w\[\]]+)\s*\))"_s,
-      QRegularExpression::CaseInsensitiveOption);
-  QString jet = RewritePageQuery(jetText);
-  jet.replace(dateDifference, u"jet_cdate(jet_datesub(\\1,\\2))"_s);
-
+  const QString jet = RewritePageQuery(jetText);
   QList<Token> t = Tokenize(jet);
+  RewriteDateDifference(t);
   const qsizetype first = NextSolid(t, 0);
   const bool ddl = first < t.size() && (WordIs(t[first], "create") || WordIs(t[first], "alter"));
 
@@ -260,15 +284,29 @@ QString TranslateJet(const QString &jetText) {
 
 QString SqlText(const QString &value) {
   QString v = value;
+  v.remove(QChar(0));
   return v.replace(u'\'', u"''"_s);
 }
 
 QString SqlTextDq(const QString &value) {
   QString v = value;
+  v.remove(QChar(0));
   return v.replace(u'"', u"\"\""_s);
 }
 
+qsizetype StoredLength(const QString &text) {
+  qsizetype n = 0;
+  for (qsizetype i = 0; i < text.size(); ++i) {
+    if (!(text[i].isLowSurrogate() && i > 0 && text[i - 1].isHighSurrogate()))
+      ++n;
+  }
+  return n;
+}
+
 bool HasSecondStatement(const QString &sql) {
+  // The engine ends a statement at a NUL; what followed it would be lost unseen.
+  if (sql.contains(QChar(0)))
+    return true;
   QChar quote;
   for (qsizetype i = 0; i < sql.size(); ++i) {
     const QChar c = sql[i];

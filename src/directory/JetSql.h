@@ -10,7 +10,8 @@ QString TranslateJet(const QString &jet);
 
 // A value put into statement text between single quotes: its quotes doubled, so
 // that a quote in a search box or a caller number is searched for as a quote and
-// can neither break nor steer the statement.
+// can neither break nor steer the statement. A NUL is dropped: no stored text
+// holds one, and the engine would end the statement there.
 QString SqlText(const QString &value);
 
 // For a value between double quotes (the Jet string form some statements use).
@@ -24,5 +25,9 @@ inline QString SqlLikeText(const QString &value) {
 }
 
 // True when the text holds more than one statement (a ';' outside quotes that is
-// not the last character). The store refuses such text.
+// not the last character, or a NUL anywhere). The store refuses such text.
 bool HasSecondStatement(const QString &sql);
+
+// The length of a text as the store's len() and right() count it: in
+// characters, a character outside the basic plane counting once.
+qsizetype StoredLength(const QString &text);

@@ -48,9 +48,14 @@ QString TADOQuery::BaseTable() const {
 }
 
 void TADOQuery::Load() {
+  // A read sees every record appended before it, unless the store can't take
+  // them yet.
+  if (Sys_DM().PendingWrites().Waiting() > 0)
+    Sys_DM().PendingWrites().Flush();
   const QString sql = TranslateJet(SQL);
   if (HasSecondStatement(sql))
-    throw EDatabaseError(u"Refused: more than one statement ["_s + SQL.left(160) + u']');
+    throw EDatabaseError(u"Refused: more than one statement, or a NUL in it ["_s +
+                         QString(SQL).replace(QChar(0), u"\\0"_s).left(160) + u']');
   QSqlQuery q(StoreConnection());
   q.setForwardOnly(true);
   if (!q.exec(sql))
@@ -90,7 +95,8 @@ void TADOQuery::Close() {
 void TADOQuery::ExecSQL() {
   const QString sql = TranslateJet(SQL);
   if (HasSecondStatement(sql))
-    throw EDatabaseError(u"Refused: more than one statement ["_s + SQL.left(160) + u']');
+    throw EDatabaseError(u"Refused: more than one statement, or a NUL in it ["_s +
+                         QString(SQL).replace(QChar(0), u"\\0"_s).left(160) + u']');
   QSqlQuery q(StoreConnection());
   if (!q.exec(sql))
     Fail(q.lastError(), SQL);
@@ -222,7 +228,9 @@ void TADOQuery::SetField(const QString &name, const QVariant &value) {
 }
 
 void TADOQuery::SetString(const QString &name, const QString &value) {
-  SetField(name, value);
+  // No stored text holds a NUL: a search could never find it again.
+  QString text = value;
+  SetField(name, text.remove(QChar(0)));
 }
 void TADOQuery::SetInteger(const QString &name, int value) {
   SetField(name, value);

@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QScopeGuard>
 #include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -108,6 +109,7 @@ bool TSys_DM::Connected() const {
 void TSys_DM::DataModuleCreate() {
   mainADOQuery.Close();
   ADOQuery_Temp.Close();
+  m_pending.Close();
   CloseConnection();
 
   const QString setting = SysConfig().DBFile;
@@ -117,6 +119,11 @@ void TSys_DM::DataModuleCreate() {
     m_fileName = AppFile(u"Database/Notes_DB.db"_s);
     QDir().mkpath(QFileInfo(m_fileName).absolutePath());
   }
+  // Records that waited for a busy store, beside the store they belong to. They
+  // are written once the schema is checked, or kept if the store is no good.
+  const QFileInfo store(m_fileName);
+  const QString spill = store.absolutePath() + u'/' + store.completeBaseName() + u".pending"_s;
+  auto openPending = qScopeGuard([&] { m_pending.Open(spill); });
 
   // A file the console can't write would open and read fine and fail only at
   // the first call record; better to say so at start. Opening it for writing
@@ -252,35 +259,32 @@ int TSys_DM::GetRecordCount(const QString &table, const QString &condition) {
   return ADOQuery_Temp.AsInteger(u"recordCount"_s);
 }
 
+namespace {
+QVariant DateValue(TDateTime value) {
+  return value.IsZero() ? QVariant() : QVariant(FormatFull(value));
+}
+} // namespace
+
 void TSys_DM::AddPBXConRecord(const TPBXConRecord &r) {
-  OpenSQL(u"select  * from PBXConRecords where 1=2"_s, ADOQuery_Temp);
-  ADOQuery_Temp.Append();
-  ADOQuery_Temp.SetString(u"Caller"_s, r.Caller);
-  ADOQuery_Temp.SetString(u"Called"_s, r.Called);
-  ADOQuery_Temp.SetString(u"assPhone"_s, r.assPhone);
-  ADOQuery_Temp.SetDateTime(u"startTime"_s, r.startTime);
-  ADOQuery_Temp.SetDateTime(u"stopTime"_s, r.stopTime);
-  ADOQuery_Temp.SetInteger(u"IOFlag"_s, r.IOFlag);
-  ADOQuery_Temp.SetInteger(u"RecType"_s, r.RecType);
-  ADOQuery_Temp.SetInteger(u"assType"_s, r.assType);
-  ADOQuery_Temp.Post();
+  m_pending.Append({u"PBXConRecords"_s,
+                    {u"Caller"_s, u"Called"_s, u"assPhone"_s, u"startTime"_s, u"stopTime"_s,
+                     u"IOFlag"_s, u"RecType"_s, u"assType"_s},
+                    {r.Caller, r.Called, r.assPhone, DateValue(r.startTime), DateValue(r.stopTime),
+                     r.IOFlag, r.RecType, r.assType}});
 }
 
 void TSys_DM::AddMoringCallLog(const TMoringCallLog &r) {
-  OpenSQL(u"select  * from MoringCallLog where 1=2"_s, ADOQuery_Temp);
-  ADOQuery_Temp.Append();
-  ADOQuery_Temp.SetString(u"RoomNo"_s, r.RoomNo);
-  ADOQuery_Temp.SetString(u"Ext"_s, r.Ext);
-  ADOQuery_Temp.SetDateTime(u"CreateTime"_s, r.CreateTime);
-  ADOQuery_Temp.SetDateTime(u"MoringCallTime"_s, r.MoringCallTime);
-  ADOQuery_Temp.SetInteger(u"State"_s, r.State);
-  ADOQuery_Temp.Post();
+  m_pending.Append({u"MoringCallLog"_s,
+                    {u"RoomNo"_s, u"Ext"_s, u"CreateTime"_s, u"MoringCallTime"_s, u"State"_s},
+                    {r.RoomNo, r.Ext, DateValue(r.CreateTime), DateValue(r.MoringCallTime),
+                     r.State}});
 }
 
 void TSys_DM::Execute(const QString &jet) {
   const QString sql = TranslateJet(jet);
   if (HasSecondStatement(sql))
-    throw EDatabaseError(u"Refused: more than one statement ["_s + jet.left(160) + u']');
+    throw EDatabaseError(u"Refused: more than one statement, or a NUL in it ["_s +
+                         QString(jet).replace(QChar(0), u"\\0"_s).left(160) + u']');
   QSqlQuery q(StoreConnection());
   if (!q.exec(sql))
     throw EDatabaseError(q.lastError().text().trimmed() + u" ["_s + jet.simplified().left(160) +

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "directory/PendingWrites.h"
 #include "directory/Query.h"
 
 #include <QSqlDatabase>
@@ -56,8 +57,11 @@ public:
   static QString BuildPageSQL(int pageSize, int page, const QString &table,
                               const QString &condition);
   int GetRecordCount(const QString &table, const QString &condition);
+  // The appends of received records: they never wait for the store and are
+  // never lost (see TPendingWrites). A read through the store sees them.
   void AddPBXConRecord(const TPBXConRecord &record);
   void AddMoringCallLog(const TMoringCallLog &record);
+  TPendingWrites &PendingWrites() { return m_pending; }
 
   // Runs one schema or data statement (Jet dialect) on the connection.
   void Execute(const QString &jet);
@@ -72,6 +76,7 @@ public:
 
 private:
   QString m_fileName;
+  TPendingWrites m_pending;
 };
 
 // The process-wide data module, and its connection for the queries.

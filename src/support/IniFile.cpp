@@ -1,6 +1,7 @@
 #include "support/IniFile.h"
 
 #include "support/TextCodec.h"
+#include "support/TextFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -87,17 +88,22 @@ void IniFile::SetText(const QString &text) {
 }
 
 IniFile::LoadResult IniFile::Load(const QString &path) {
-  QFile file(path);
-  if (!file.exists()) {
-    SetText(QString());
+  QByteArray bytes;
+  const TextFileStatus status = ReadTextFile(path, &bytes);
+  SetText(DecodeFileText(bytes));
+  switch (status) {
+  case TextFileStatus::Read:
+    return LoadResult::Loaded;
+  case TextFileStatus::Missing:
     return LoadResult::Missing;
+  case TextFileStatus::TooLarge:
+    return LoadResult::TooLarge;
+  case TextFileStatus::NotText:
+    return LoadResult::NotText;
+  case TextFileStatus::Unreadable:
+    break;
   }
-  if (QFileInfo(path).isDir() || !file.open(QIODevice::ReadOnly)) {
-    SetText(QString());
-    return LoadResult::Unreadable;
-  }
-  SetText(DecodeFileText(file.readAll()));
-  return LoadResult::Loaded;
+  return LoadResult::Unreadable;
 }
 
 QString IniFile::Text() const {

@@ -14,7 +14,9 @@
 // kept and ignored.
 class IniFile {
 public:
-  enum class LoadResult { Loaded, Missing, Unreadable };
+  // TooLarge and NotText: the file is refused whole (see TextFile.h) and the INI
+  // is empty.
+  enum class LoadResult { Loaded, Missing, Unreadable, TooLarge, NotText };
 
   IniFile() = default;
 

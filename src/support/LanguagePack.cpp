@@ -5,8 +5,9 @@
 #include "support/LanguageTable.h"
 #include "support/Log.h"
 #include "support/Paths.h"
-#include "support/Settings.h"
+#include "support/Shell.h"
 #include "support/TextCodec.h"
+#include "support/TextFile.h"
 
 using namespace Qt::StringLiterals;
 
@@ -21,13 +22,6 @@ std::array<QString, kExtStatusNameCount> &StatusNames() {
       u"催挂"_s,   u"通话"_s, u"呼叫等待"_s, u"Error"_s,    u"Error"_s};
   return names;
 }
-
-void LoadAndApply(int langId) {
-  LanguagePack().LoadLanguageFile(AppFileOrShipped(LanguageFileName(langId)));
-  ApplyLanguage();
-  ReloadTypeNames();
-  LanguagePack().LangID = langId;
-}
 } // namespace
 
 TLanguage_Pack::TLanguage_Pack() {
@@ -37,8 +31,17 @@ TLanguage_Pack::TLanguage_Pack() {
 bool TLanguage_Pack::LoadLanguageFile(const QString &fileName) {
   IniFile ini;
   const IniFile::LoadResult result = ini.Load(fileName);
-  if (result != IniFile::LoadResult::Loaded)
+  if (result == IniFile::LoadResult::TooLarge || result == IniFile::LoadResult::NotText) {
+    // Said in English: the pack that would say it is the file refused.
+    const QString problem = TextFileProblem(result == IniFile::LoadResult::TooLarge
+                                                ? TextFileStatus::TooLarge
+                                                : TextFileStatus::NotText,
+                                            fileName);
+    WriteLog(u"Language file not loaded: "_s + problem);
+    TheShell().Message(MessageKind::Warning, problem + u"; the texts stay empty."_s);
+  } else if (result != IniFile::LoadResult::Loaded) {
     WriteLog(u"Language file not loaded: "_s + fileName);
+  }
   for (int i = 0; i < kLanguageStringCount; ++i) {
     const std::optional<QString> value = ini.Value(u"Public"_s, u"str_%1"_s.arg(i));
     if (!value) {
@@ -150,24 +153,18 @@ QString LanguageFileName(int langId) {
   return langId == 1 ? u"ini/lang_English.lan"_s : u"ini/lang_chinese.lan"_s;
 }
 
-void LanguageStart() {
-  IniFile ini;
-  ini.Load(SettingsFilePath());
-  const int id = ini.ReadInteger(u"Lang"_s, u"LangID"_s, 0);
-  LanguagePack().LangID = id;
-  LanguagePack().LoadLanguageFile(AppFileOrShipped(LanguageFileName(id)));
-}
-
-void LanguageFirstShow() {
-  const int id = SettingsIni().ReadInteger(u"Lang"_s, u"LangID"_s, 0);
-  LoadAndApply(id != 0 ? 1 : 0);
+void LoadLanguage(int langId) {
+  LanguagePack().LoadLanguageFile(AppFileOrShipped(LanguageFileName(langId)));
+  ApplyLanguage();
+  ReloadTypeNames();
+  LanguagePack().LangID = langId;
 }
 
 bool SelectLanguage(int langId) {
   langId = langId == 1 ? 1 : 0;
   if (LanguagePack().LangID == langId)
     return false;
-  LoadAndApply(langId);
+  LoadLanguage(langId);
   return true;
 }
 

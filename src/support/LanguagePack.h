@@ -46,14 +46,10 @@ QString FormatText(const QString &format, std::initializer_list<QVariant> args);
 // The pack file for a language: "ini/lang_English.lan" for 1, else "ini/lang_chinese.lan".
 QString LanguageFileName(int langId);
 
-// At process start, ahead of any window: reads Lang/LangID from sys.ini and loads
-// English at 1, Chinese otherwise. LangID keeps the value read.
-void LanguageStart();
-
-// At the main window's first show: reads Lang/LangID from the settings' INI
-// object; anything but 0 loads English, applies it and sets LangID 1; 0 loads
-// Chinese and sets 0.
-void LanguageFirstShow();
+// Loads the pack of a language (0 Chinese, 1 English), applies it to every live
+// window and the status names, and makes it the language in force. Which one the
+// console starts with is the settings' business (LanguageStart, Settings.h).
+void LoadLanguage(int langId);
 
 // The menu's language choice (0 Chinese, 1 English). Choosing the language in
 // force does nothing and reads no file. Returns true when it switched.

@@ -2,12 +2,12 @@
 
 #include "support/Clock.h"
 #include "support/Paths.h"
-#include "support/Settings.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QThread>
 
+#include <atomic>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -105,7 +105,18 @@ TLogBatch::~TLogBatch() {
     FlushPending();
 }
 
-bool LogEnabled() { return SysConfig().Debug != 0; }
+namespace {
+std::atomic<const int *> g_logSwitch{nullptr};
+} // namespace
+
+void SetLogSwitch(const int *on) {
+  g_logSwitch = on;
+}
+
+bool LogEnabled() {
+  const int *on = g_logSwitch.load(std::memory_order_relaxed);
+  return on && *on != 0;
+}
 
 void WriteLog(const QString &text) {
   if (!LogEnabled())

@@ -26,8 +26,12 @@ private:
 
 TLogMemo &LogMemo();
 
-// Whether lines are written at all (the setting Debug). A caller whose line is
-// costly to build asks first.
+// Whether lines are written at all. The log stands below everything, so it does
+// not read the settings: their owner hands it the switch (the setting Debug,
+// nonzero for on), read at every line so a change counts at once. Without a
+// switch the log is off.
+void SetLogSwitch(const int *on);
+// A caller whose line is costly to build asks first.
 bool LogEnabled();
 
 // The one trace call: when the setting Debug is on, the line goes to the memo and

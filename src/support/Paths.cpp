@@ -106,3 +106,7 @@ QStringList SeedHome(const QString &shippedRoot, const QString &home, QStringLis
   }
   return copied;
 }
+
+QString SettingsFilePath() {
+  return AppFile(QStringLiteral("ini/sys.ini"));
+}

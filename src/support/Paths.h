@@ -14,6 +14,9 @@ void SetAppPath(const QString &folder);
 // the path is returned as spelled, for creating it.
 QString AppFile(const QString &relative);
 
+// The files every part of the console knows by place.
+QString SettingsFilePath(); // ini/sys.ini
+
 // Like AppFile, but when the program folder lacks the file and a shipped copy
 // exists (see SetShippedRoot), the shipped copy. A home that could not be seeded
 // still gets readable language texts this way.

@@ -4,6 +4,9 @@
 #include "support/Log.h"
 #include "support/Paths.h"
 #include "support/Shell.h"
+#include "support/TextFile.h"
+
+#include <QFileInfo>
 
 using namespace Qt::StringLiterals;
 
@@ -23,10 +26,35 @@ std::array<QString, kStateCodeCount> &StateCodeTable() {
 }
 
 constexpr std::array<int, 6> kDefaultColWidths{20, 100, 100, 100, 100, 100};
+
+bool Refused(IniFile::LoadResult result) {
+  return result == IniFile::LoadResult::TooLarge || result == IniFile::LoadResult::NotText;
+}
+
+TextFileStatus AsStatus(IniFile::LoadResult result) {
+  return result == IniFile::LoadResult::TooLarge ? TextFileStatus::TooLarge
+                                                 : TextFileStatus::NotText;
+}
+
+// A settings file refused for its size or content is never written over: the
+// console's own settings go to a file beside it, and are read from there while
+// the refused one is still in the way.
+IniFile::LoadResult LoadUsable(IniFile &ini, QString *path) {
+  const IniFile::LoadResult result = ini.Load(*path);
+  if (!Refused(result))
+    return result;
+  *path = ReplacementPath(*path);
+  if (Refused(ini.Load(*path)))
+    ini.SetText(QString());
+  return result;
+}
 } // namespace
 
 TSysConfig &SysConfig() {
   static TSysConfig config;
+  // The log sits below the settings; it is told where its switch is.
+  static const bool logWired = (SetLogSwitch(&config.Debug), true);
+  Q_UNUSED(logWired);
   return config;
 }
 
@@ -35,20 +63,26 @@ TSettingsBindings &SettingsBindings() {
   return bindings;
 }
 
-QString SettingsFilePath() {
-  return AppFile(u"ini/sys.ini"_s);
-}
-
 const IniFile &SettingsIni() {
   return OpenIni();
 }
 
 void LoadConfig(TSysConfig &c) {
   IniFile &ini = OpenIni();
-  if (ini.Load(SettingsFilePath()) == IniFile::LoadResult::Unreadable) {
-    WriteLog(u"LoadConfig: cannot read "_s + SettingsFilePath());
+  QString path = SettingsFilePath();
+  const IniFile::LoadResult result = LoadUsable(ini, &path);
+  if (result == IniFile::LoadResult::Unreadable) {
+    WriteLog(u"LoadConfig: cannot read "_s + path);
     TheShell().Message(MessageKind::Error, LangText(527));
     return;
+  }
+  if (Refused(result)) {
+    const QString problem = TextFileProblem(AsStatus(result), SettingsFilePath());
+    WriteLog(u"LoadConfig: "_s + problem);
+    TheShell().Message(MessageKind::Warning,
+                       problem + u". The console uses the settings of %1 (defaults where it has "
+                                 u"none) and saves its settings there; the file itself is left "
+                                 u"as it is."_s.arg(QFileInfo(path).fileName()));
   }
 
   c.RecordIP = ini.ReadString(u"Record"_s, u"IP"_s, u"127.0.0.1"_s);
@@ -94,8 +128,9 @@ void SaveConfig(TSysConfig &c) {
   // The file is read anew so that lines edited by hand while the console ran,
   // and keys this version doesn't know, survive the save.
   IniFile ini;
-  if (ini.Load(SettingsFilePath()) == IniFile::LoadResult::Unreadable) {
-    WriteLog(u"SaveConfig: cannot read "_s + SettingsFilePath());
+  QString path = SettingsFilePath();
+  if (LoadUsable(ini, &path) == IniFile::LoadResult::Unreadable) {
+    WriteLog(u"SaveConfig: cannot read "_s + path);
     TheShell().Message(MessageKind::Error, LangText(528));
     return;
   }
@@ -139,12 +174,26 @@ void SaveConfig(TSysConfig &c) {
   ini.WriteString(u"Other"_s, u"LinkURL"_s, b.LinkUrlText ? b.LinkUrlText() : c.LinkURL);
 
   QString error;
-  if (!ini.Save(SettingsFilePath(), /*ownerOnly=*/true, &error)) {
-    WriteLog(u"SaveConfig: cannot write "_s + SettingsFilePath() + u": "_s + error);
+  if (!ini.Save(path, /*ownerOnly=*/true, &error)) {
+    WriteLog(u"SaveConfig: cannot write "_s + path + u": "_s + error);
     TheShell().Message(MessageKind::Error, LangText(528));
     return;
   }
   OpenIni() = std::move(ini);
+}
+
+void LanguageStart() {
+  IniFile ini;
+  QString path = SettingsFilePath();
+  LoadUsable(ini, &path);
+  const int id = ini.ReadInteger(u"Lang"_s, u"LangID"_s, 0);
+  LanguagePack().LangID = id;
+  LanguagePack().LoadLanguageFile(AppFileOrShipped(LanguageFileName(id)));
+}
+
+void LanguageFirstShow() {
+  const int id = SettingsIni().ReadInteger(u"Lang"_s, u"LangID"_s, 0);
+  LoadLanguage(id != 0 ? 1 : 0);
 }
 
 void LoadStateCodes(const QString &fileName) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/IniFile.h"
+#include "support/Paths.h"
 
 #include <QList>
 #include <QString>
@@ -42,9 +43,6 @@ struct TSysConfig {
 // The process-wide record.
 TSysConfig &SysConfig();
 
-// Where the settings file lives: ini/sys.ini below the program folder.
-QString SettingsFilePath();
-
 // The INI object of the last LoadConfig or SaveConfig. Values read from it later
 // in the run (the language at the main window's first show) see the file as it
 // was then, not as it may have been edited since.
@@ -77,6 +75,15 @@ void LoadConfig(TSysConfig &config);
 // Writes the record back, rewriting the keys it owns and keeping every other line.
 // A failure shows str_528 and leaves the file as it was.
 void SaveConfig(TSysConfig &config);
+
+// At process start, ahead of any window: reads Lang/LangID from sys.ini and loads
+// English at 1, Chinese otherwise. LangID keeps the value read.
+void LanguageStart();
+
+// At the main window's first show: reads Lang/LangID from the settings' INI
+// object; anything but 0 loads English, applies it and sets LangID 1; 0 loads
+// Chinese and sets 0.
+void LanguageFirstShow();
 
 // The line-state texts of ini/sys_RadioB.ini, section "Statecode", keys "0".."40";
 // "---" for each one missing.

@@ -1,6 +1,7 @@
 // The board's refresh, its layout file (order and legend colours), the wheel and
 // the drop.
 #include "common/PacketCapture.h"
+#include "common/RecordingShell.h"
 #include "common/TestHome.h"
 #include "link/Public_Unit.h"
 #include "link/SysParam.h"
@@ -8,6 +9,7 @@
 #include "support/Log.h"
 #include "support/Settings.h"
 #include "support/TextCodec.h"
+#include "support/TextFile.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -130,6 +132,62 @@ private slots:
     b.Layout(file);
     QVERIFY(b.board.LoadPhones_tefxButtonClick());
     QCOMPARE(b.table.Ordered(), panels);
+  }
+
+  // The file as an older console writes it and reads it: the group named
+  // "Normal", signed colours, GB2312.
+  void layoutFileKeepsTheSharedFormat() {
+    Board b;
+    const QByteArray group = "<PhonePanelsGrp1 name=\"Normal\" Color_IDLE=\"-2147483633\" "
+                             "Color_Connect=\"255\" Color_CalledRing=\"-16777201\" "
+                             "Color_BackCallRing=\"3\" Color_Dial=\"4\" Color_Oncall=\"5\" "
+                             "Color_Hurryup=\"6\" Color_OutService=\"0\" Color_Other=\"8\">";
+    const QByteArray head = "<?xml version=\"1.0\" encoding=\"GB2312\"?>\r\n<PhonePanels>\r\n";
+    b.Layout(head + group + "\r\n<PhonePanel ID=\"7\" left=\"5\" Top=\"5\"/>\r\n"
+                            "</PhonePanelsGrp1>\r\n</PhonePanels>\r\n");
+    QVERIFY(b.board.LoadPhones_tefxButtonClick());
+    QCOMPARE(b.table.Colours[1], clBtnFace);
+    QCOMPARE(b.table.Colours[2], TColor(0xFF00000F));
+    b.board.savePhones_tefxButtonClick();
+    const QByteArray saved = b.home.Read(u"ini/PhonePanels.xml"_s);
+    QVERIFY2(saved.startsWith(QByteArray(head + group + "\r\n")), saved.left(400).constData());
+    TCallControlDev again;
+    TPhoneBoard board2(again, b.net);
+    QVERIFY(board2.LoadPhones_tefxButtonClick());
+    QCOMPARE(again.Colours, b.table.Colours);
+    QCOMPARE(again.Ordered(), std::vector<int>{7});
+  }
+
+  // A layout file too large or not text is neither read nor written over; the
+  // layout is kept beside it.
+  void refusedLayoutFileIsLeftAlone_data() {
+    QTest::addColumn<QByteArray>("file");
+    QByteArray big = "<PhonePanels><PhonePanelsGrp1>";
+    while (big.size() <= kMaxTextFileBytes)
+      big += "<PhonePanel ID=\"1\"/>";
+    QTest::newRow("over 1 MB") << big;
+    QByteArray noise(4096, 0);
+    for (qsizetype i = 0; i < noise.size(); ++i)
+      noise[i] = char((i * 7919 + 13) % 251);
+    QTest::newRow("not text") << noise;
+  }
+  void refusedLayoutFileIsLeftAlone() {
+    QFETCH(QByteArray, file);
+    Board b;
+    RecordingShell shell;
+    b.Layout(file);
+    QVERIFY(b.board.LoadPhones_tefxButtonClick());
+    QVERIFY(b.table.Ordered().empty());
+    QCOMPARE(shell.Messages.size(), 1);
+    QVERIFY2(shell.Messages[0].Text.contains(u"PhonePanels.xml.new"_s),
+             qPrintable(shell.Messages[0].Text));
+    b.table.AddPanel(4);
+    b.board.savePhones_tefxButtonClick();
+    QCOMPARE(b.home.Read(u"ini/PhonePanels.xml"_s), file);
+    TCallControlDev again;
+    TPhoneBoard board2(again, b.net);
+    QVERIFY(board2.LoadPhones_tefxButtonClick()); // from the file beside it
+    QCOMPARE(again.Ordered(), std::vector<int>{4});
   }
 
   void missingFileLeavesTheBoardAndLaterSavesAlone() {

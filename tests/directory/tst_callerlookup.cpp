@@ -62,6 +62,11 @@ private slots:
     QTest::newRow("bracket") << u"1]2[3"_s << QString() << u"1]2[3"_s << true;
     QTest::newRow("semicolon") << u"1;drop"_s << QString() << u"1;drop"_s << true;
     QTest::newRow("steering") << u"999"_s << QString() << u"') or ('1'='1"_s << false;
+    // Characters outside the basic plane count once, on both sides.
+    const QString six = u"\U0001D7D9\U0001D7DA\U0001D7DB\U0001D7DC\U0001D7DD\U0001D7DE"_s;
+    QTest::newRow("six wide characters") << six << QString() << six << true;
+    QTest::newRow("wide, long in long")
+        << u"0\U0001D7D8"_s + six << QString() << u"9\U0001D7D8"_s + six << true;
   }
   void findsTheCaller() {
     QFETCH(QString, phone);

@@ -170,6 +170,8 @@ private slots:
     QTest::newRow("bracket") << u"]x["_s;
     QTest::newRow("semicolon") << u"a; delete from MainInfo"_s;
     QTest::newRow("steering") << u"' or '1'='1"_s;
+    QTest::newRow("function text") << u"cdate(a-b)"_s;
+    QTest::newRow("outside the basic plane") << u"\U0001D7D8\U0001F600"_s;
   }
   void everySearchBoxSearchesForWhatWasTyped() {
     QFETCH(QString, text);
@@ -259,6 +261,23 @@ private slots:
     QCOMPARE(b.shell.Messages.size(), 1); // the "added" note, no error
     QCOMPARE(b.shell.Messages[0].Text, LangText(264));
     QCOMPARE(b.Column(u"select count(*) from MainInfo"_s), QStringList{u"2"_s});
+  }
+
+  // A NUL can't be stored or searched for; it is dropped from both, so the text
+  // around it is stored and found, and the statement is never cut short.
+  void nulInTypedTextIsDropped() {
+    Book b;
+    TDirectoryPages &p = b.pages;
+    const QString typed = u"ab"_s + QChar(0) + u"cd"_s;
+    p.MAT_Name_LMDEdit = typed;
+    p.LMDButton26Click();
+    QCOMPARE(b.Column(u"select Name from MainInfo"_s), QStringList{u"abcd"_s});
+    p.Find_Name_TeSComboBox = typed;
+    p.FindName_TeButtonClick();
+    QCOMPARE(b.GridNames(), QStringList{u"abcd"_s});
+    p.FindByName(u"b"_s + QChar(0) + u"c"_s);
+    QCOMPARE(b.GridNames(), QStringList{u"abcd"_s});
+    QCOMPARE(b.shell.Messages.size(), 1); // the "added" note, no error
   }
 
   void combinedSearchStatements() {

@@ -36,6 +36,38 @@ int Scalar(const QString &sql) {
 void Open(TADOQuery &query, const QString &sql) {
   Sys_DM().OpenSQL(sql, query);
 }
+
+QStringList Callers() {
+  QSqlQuery q(StoreConnection());
+  q.exec(u"select Caller from PBXConRecords order by ID"_s);
+  QStringList out;
+  while (q.next())
+    out << q.value(0).toString();
+  return out;
+}
+
+// Another program's connection to the store, holding its write lock while it lives.
+class LockHolder {
+public:
+  explicit LockHolder(const QString &file) {
+    QSqlDatabase db = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"holder"_s);
+    db.setDatabaseName(file);
+    if (!db.open() || !QSqlQuery(db).exec(u"BEGIN EXCLUSIVE"_s))
+      qFatal("the lock could not be taken");
+  }
+  ~LockHolder() { Release(); }
+  void Release() {
+    if (!QSqlDatabase::contains(u"holder"_s))
+      return;
+    QSqlQuery(QSqlDatabase::database(u"holder"_s)).exec(u"ROLLBACK"_s);
+    QSqlDatabase::database(u"holder"_s).close();
+    QSqlDatabase::removeDatabase(u"holder"_s);
+  }
+};
+
+TPBXConRecord Record(int i) {
+  return {0, u"c%1"_s.arg(i), u"8000"_s, 0, Now(), {}, {}, 0, {}, 1, 0};
+}
 } // namespace
 
 class StoreTest : public QObject {
@@ -142,11 +174,8 @@ private slots:
     QFETCH(int, firstId);
     TestHome home;
     Sys_DM().DataModuleCreate();
-    QSqlDatabase db = StoreConnection();
-    db.transaction();
     for (int i = 0; i < rows; ++i)
       Sys_DM().AddPBXConRecord({0, u"80%1"_s.arg(i), u"8000"_s, 0, Now(), Now(), {}, 0, {}, 1, 0});
-    db.commit();
     QCOMPARE(Sys_DM().GetRecordCount(u"PBXConRecords"_s, u"(1=1) "_s), rows);
     TADOQuery q;
     Open(q, TSys_DM::BuildPageSQL(50, page, u"PBXConRecords"_s, u"(1=1) "_s));
@@ -396,6 +425,62 @@ private slots:
     holder.write("ROLLBACK;\n.quit\n");
     holder.waitForFinished(3000);
     Sys_DM().Execute(u"insert into conRecords (TelNos) values ('mine')"_s); // and then it works
+  }
+
+  // Records received while another program holds the store wait, in order, and
+  // are written when it lets go; the operator hears of it once.
+  void recordsWaitForALockedStore() {
+    TestHome home;
+    RecordingShell shell;
+    Sys_DM().DataModuleCreate();
+    QStringList sent;
+    {
+      LockHolder lock(Sys_DM().FileName());
+      for (int i = 0; i < 40; ++i) {
+        Sys_DM().AddPBXConRecord(Record(i));
+        sent << u"c%1"_s.arg(i);
+        if (i % 10 == 0)
+          QTest::qWait(20); // several turns of the loop, each trying again
+      }
+      QCOMPARE(Sys_DM().PendingWrites().AppendNow({u"conRecords"_s, {u"TelNos"_s}, {u"8001"_s}}),
+               -1);
+      Sys_DM().AddMoringCallLog({0, u"301"_s, u"8301"_s, 0, Now(), Now(), 1, 0});
+      QCOMPARE(Sys_DM().PendingWrites().Waiting(), 42);
+      QCOMPARE(Scalar(u"select count(*) from PBXConRecords"_s), 0);
+      QCOMPARE(shell.Messages.size(), 1);
+    }
+    QTRY_COMPARE(Sys_DM().PendingWrites().Waiting(), 0);
+    QCOMPARE(Callers(), sent);
+    QCOMPARE(Scalar(u"select count(*) from conRecords where TelNos='8001'"_s), 1);
+    QCOMPARE(Scalar(u"select count(*) from MoringCallLog"_s), 1);
+    QCOMPARE(shell.Messages.size(), 1);
+  }
+
+  // Past the memory bound records go to a file beside the store; what is there
+  // at the next start is written then, before anything newer.
+  void spilledRecordsSurviveARestart() {
+    TestHome home;
+    RecordingShell shell;
+    Sys_DM().DataModuleCreate();
+    const int total = TPendingWrites::kMemoryRows + 50;
+    QStringList sent;
+    {
+      LockHolder lock(Sys_DM().FileName());
+      for (int i = 0; i < total; ++i) {
+        Sys_DM().AddPBXConRecord(Record(i));
+        sent << u"c%1"_s.arg(i);
+      }
+      Sys_DM().PendingWrites().Flush();
+      QVERIFY(QFile::exists(home.File(u"Database/Notes_DB.pending"_s)));
+      QCOMPARE(Sys_DM().PendingWrites().Spilled(), total - TPendingWrites::kMemoryRows);
+      Sys_DM().DataModuleCreate(); // the console closes and starts again
+      QCOMPARE(Sys_DM().PendingWrites().Waiting(), total);
+    }
+    Sys_DM().AddPBXConRecord(Record(total));
+    sent << u"c%1"_s.arg(total);
+    QTRY_COMPARE_WITH_TIMEOUT(Sys_DM().PendingWrites().Waiting(), 0, 30000);
+    QCOMPARE(Callers(), sent);
+    QVERIFY(!QFile::exists(home.File(u"Database/Notes_DB.pending"_s)));
   }
 };
 

@@ -1,5 +1,6 @@
 // Language packs: loading, the start/first-show/switch rules, the applied table,
 // and the shipped packs' completeness.
+#include "common/RecordingShell.h"
 #include "common/TestHome.h"
 #include "support/FormLogic.h"
 #include "support/IniFile.h"
@@ -7,6 +8,7 @@
 #include "support/LanguageTable.h"
 #include "support/Paths.h"
 #include "support/Settings.h"
+#include "support/TextFile.h"
 
 #include <QDirIterator>
 #include <QFile>
@@ -100,14 +102,25 @@ private slots:
     QByteArray junk("[Public\nstr_1=one\n");
     junk += QByteArray("\x00\xFF\xFE\n", 4);
     junk += "str_2\n=x\nstr_3=";
-    junk += QByteArray(1024 * 1024, 'z') + "\nstr_4=four\n";
+    junk += QByteArray(100000, 'z') + "\nstr_4=four\n";
     home.Write(u"ini/p.lan"_s, junk);
     TLanguage_Pack pack;
     pack.LoadLanguageFile(home.File(u"ini/p.lan"_s));
     QCOMPARE(pack.Str(1), u"one"_s);
     QCOMPARE(pack.Str(2), u"(Null)"_s);
-    QCOMPARE(pack.Str(3).size(), 1024 * 1024);
+    QCOMPARE(pack.Str(3).size(), 100000);
     QCOMPARE(pack.Str(4), u"four"_s);
+  }
+
+  void oversizePackIsNotRead() {
+    TestHome home;
+    home.Write(u"ini/p.lan"_s,
+               "[Public]\nstr_1=one\nstr_2=" + QByteArray(kMaxTextFileBytes, 'z') + "\n");
+    RecordingShell shell;
+    TLanguage_Pack pack;
+    QVERIFY(!pack.LoadLanguageFile(home.File(u"ini/p.lan"_s)));
+    QCOMPARE(pack.Str(1), u"(Null)"_s);
+    QCOMPARE(shell.Messages.size(), 1);
   }
 
   void startRule_data() {

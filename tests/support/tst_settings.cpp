@@ -5,6 +5,7 @@
 #include "support/Paths.h"
 #include "support/Settings.h"
 #include "support/Sysset_Unit.h"
+#include "support/TextFile.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -183,7 +184,7 @@ private slots:
     TestHome home;
     QByteArray junk("\x00\xFF\n", 3);
     junk += "[host\nIP=10.9.9.9\n==\n[Ring\nFlag=abc\n[User]\nuserName=";
-    junk += QByteArray(1024 * 1024, '7');
+    junk += QByteArray(100000, '7');
     junk += "\n\xFE\xFE\xFE\n";
     home.Write(u"ini/sys.ini"_s, junk);
     RecordingShell shell;
@@ -192,11 +193,40 @@ private slots:
     QVERIFY(shell.Messages.isEmpty());
     QCOMPARE(c.Host, u"10.9.9.9"_s);
     QCOMPARE(c.RingFlag, 0); // "abc" is no number: the default
-    QCOMPARE(c.UserName.size(), 1024 * 1024);
+    QCOMPARE(c.UserName.size(), 100000);
     SaveConfig(c); // and it survives a save
     TSysConfig back;
     LoadConfig(back);
     QCOMPARE(back.Host, u"10.9.9.9"_s);
+  }
+
+  // A settings file too large or not text: defaults, one message naming the file
+  // the settings go to instead, and the file itself never written.
+  void refusedSettingsFileIsLeftAlone_data() {
+    QTest::addColumn<QByteArray>("file");
+    QTest::newRow("over 1 MB") << QByteArray("[host]\nIP=10.1.1.1\n[a]\nb=") +
+                                      QByteArray(kMaxTextFileBytes, 'x') + "\n";
+    QByteArray noise(65536, 0);
+    for (qsizetype i = 0; i < noise.size(); ++i)
+      noise[i] = char((i * 7919 + 13) % 251);
+    QTest::newRow("not text") << noise;
+  }
+  void refusedSettingsFileIsLeftAlone() {
+    QFETCH(QByteArray, file);
+    TestHome home;
+    home.Write(u"ini/sys.ini"_s, file);
+    RecordingShell shell;
+    TSysConfig c;
+    LoadConfig(c);
+    QCOMPARE(c.Host, u"192.168.0.144"_s);
+    QCOMPARE(shell.Messages.size(), 1);
+    QVERIFY2(shell.Messages[0].Text.contains(u"sys.ini.new"_s), qPrintable(shell.Messages[0].Text));
+    c.Host = u"10.2.2.2"_s;
+    SaveConfig(c);
+    QCOMPARE(home.Read(u"ini/sys.ini"_s), file);
+    TSysConfig back;
+    LoadConfig(back); // what was saved beside it counts while the file is in the way
+    QCOMPARE(back.Host, u"10.2.2.2"_s);
   }
 
   void unreadableFileShowsStr527AndLeavesTheRecord() {
