@@ -51,6 +51,7 @@ public:
   TGSM_Form *Gsm() const { return m_gsm.get(); }
   TForm_PopMsg *PopMsg() const { return m_popMsg.get(); }
   TTasks_Form *Tasks() const { return m_tasks.get(); }
+  TUDPMainForm *Udp() const { return m_udp.get(); }
 
 private:
   std::unique_ptr<TMain_Form> m_main;
