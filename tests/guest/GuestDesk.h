@@ -82,6 +82,9 @@ struct GuestDesk {
   }
 
   static QStringList Column(const QString &sql) {
+    // Appended records wait for the end of the event-loop turn; a read through
+    // the store writes them first, and so does this one.
+    Sys_DM().PendingWrites().Flush();
     QSqlQuery q(StoreConnection());
     QStringList values;
     if (q.exec(sql))
