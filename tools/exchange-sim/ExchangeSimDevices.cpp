@@ -98,6 +98,8 @@ void ExchangeSim::SendLiveStatus() {
   const qint64 now = std::min(due, kLiveBurst);
   for (qint64 i = 0; i < now; ++i) {
     SimDevice *d = DeviceSet.Find(ids.at(Random.bounded(static_cast<int>(ids.size()))));
+    if (WakeUpCalls.contains(d->ID))
+      continue;
     if (SimDeviceTypes::IsExtension(d->Type)) {
       d->Status = Pick(Random, kExtensionStatuses);
     } else if (d->Type == SimDeviceTypes::GsmModule) {
