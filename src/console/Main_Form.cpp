@@ -8,6 +8,9 @@
 #include "devices/DeviceEvents.h"
 #include "devices/PhoneBoard.h"
 #include "directory/DirectoryPages.h"
+#include "guest/ExtFind_Form.h"
+#include "guest/ExtsView.h"
+#include "guest/MoringCall_Unit.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
 #include "support/Settings.h"
@@ -22,6 +25,7 @@ TMain_Form::TMain_Form(QObject *parent)
       m_deviceEvents(std::make_unique<TDeviceEvents>(*m_devices, *m_netModule)),
       m_board(std::make_unique<TPhoneBoard>(*m_devices, *m_netModule)) {
   connect(m_deviceEvents.get(), &TDeviceEvents::deviceNotice, this, &TMain_Form::DeviceNotice);
+  WireGuest();
   // A ringing call on an analogue trunk is titled with the trunk's name.
   AnalogTrunkName = [this](int line) {
     const TPhoneTis *p = m_devices->Device(line);
@@ -76,6 +80,7 @@ void TMain_Form::FormShow() {
   if (Tag >= 1)
     return;
   LanguageFirstShow();
+  m_extsView->ExtsView_Init();
   m_link.StartWorker();
   m_display.Timer2.start();
   incTime_Timer.start();

@@ -15,6 +15,9 @@ class TCallControlDev;
 class TCallDirectory;
 class TDeviceEvents;
 class TDirectoryPages;
+class TExtsView;
+class TForm_ExtFind;
+class TMoringCall_Form;
 class TNetModule;
 class TPhoneBoard;
 class TLogin_Form;
@@ -194,6 +197,18 @@ public:
   void DeviceNotice(int subCode, const QByteArray &work);
   QString StatusLine; // the status bar's message
 
+  // --- guest rooms (Main_Guest.cpp) ---
+  // The extension list of the extensions page, and the dialogs over its rows.
+  TExtsView &ExtsView() { return *m_extsView; }
+  TMoringCall_Form &MoringCall_Form() { return *m_moringCall; }
+  TForm_ExtFind &Form_ExtFind() { return *m_extFind; }
+  // The wake-up dialog of a device: the board's "叫醒设置..." and the grid's
+  // wake-up columns come here. The screens show the dialog on its shown().
+  void OpenMoringCall(int id);
+  // PopupMenu_Ext: call and transfer to the grid's current row.
+  void N21Click();
+  void N22Click();
+
   // --- dispatch (Main_Dispatch.cpp) ---
   void processPacketFromSocket(const char *packet, int length);
 
@@ -241,4 +256,10 @@ private:
   std::unique_ptr<TNetModule> m_netModule;
   std::unique_ptr<TDeviceEvents> m_deviceEvents;
   std::unique_ptr<TPhoneBoard> m_board;
+  std::unique_ptr<TExtsView> m_extsView;
+  std::unique_ptr<TMoringCall_Form> m_moringCall;
+  std::unique_ptr<TForm_ExtFind> m_extFind;
+
+  void WireGuest(); // Main_Guest.cpp, from the constructor
+  void LanguageApplied() override;
 };

@@ -6,6 +6,7 @@
 #include "devices/CallControlDev.h"
 #include "devices/DeviceEvents.h"
 #include "directory/DirectoryPages.h"
+#include "guest/ExtsView.h"
 #include "support/LanguagePack.h"
 #include "support/Shell.h"
 
@@ -92,6 +93,40 @@ void TMain_Form::N15Click() {
     DialNumber(number);
   } else if (state == 4) {
     SendPhoneCommand(130);
+    DialNumber(number);
+  }
+}
+
+void TMain_Form::N21Click() {
+  const TPhoneTis *p = m_devices->Device(m_extsView->Ext_CurrentID());
+  if (!p)
+    return;
+  if (p->Status == 1)
+    DialNumber(p->TelNos);
+  else
+    TheShell().Balloon(LangText(364), LangText(365), 10, BalloonIcon::Warning);
+}
+
+void TMain_Form::N22Click() {
+  const TPhoneTis *p = m_devices->Device(m_extsView->Ext_CurrentID());
+  if (!p)
+    return;
+  if (p->Status != 1) {
+    TheShell().Balloon(LangText(418), LangText(419), 10, BalloonIcon::Warning);
+    return;
+  }
+  // Events run between the steps and may move the grid: keep the number, not the row.
+  const QString number = p->TelNos;
+  const quint8 state = SysParam().CallState;
+  if (state == 7) {
+    SendPhoneCommand(131);
+    WaitWithEvents(100);
+    SendPhoneCommand(130);
+    WaitWithEvents(100);
+    DialNumber(number);
+  } else if (state == 4) {
+    SendPhoneCommand(130);
+    QCoreApplication::processEvents();
     DialNumber(number);
   }
 }

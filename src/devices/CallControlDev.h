@@ -1,6 +1,7 @@
 #pragma once
 
 #include "devices/DeviceTypes.h"
+#include "devices/ExtRecord.h"
 #include "support/TDateTime.h"
 
 #include <QString>
@@ -49,6 +50,7 @@ struct TPhoneTis {
   TPhonePanel Panel;
   QString ModuleType;
   bool LiveUpdate = false;
+  TExt_Record LastExt; // the guest-room row as last shown
 };
 
 // The console's live picture of the exchange: 3072 device records and two

@@ -335,8 +335,8 @@ void TDeviceEvents::processPacketFromSocket_MoringCall(const char *w) {
     int mode = quint8(w[38]);
     if (mode < 1 || mode > 3)
       mode = 1;
-    if (!text.isEmpty())
-      m_net.CallTime = text;
+    // The answer is for the wake-up dialog only: the sender's CallTime stays
+    // what this console last sent, which a batch may still repeat.
     emit moringCallAnswered(text, mode);
   } else if ((sub == 1 || sub == 3 || sub == 4) && MoringCallBatchRunning &&
              MoringCallBatchRunning()) {

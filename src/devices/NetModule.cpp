@@ -1,6 +1,10 @@
 #include "devices/NetModule.h"
 
 #include "link/Public_Unit.h"
+#include "link/SysParam.h"
+#include "support/Log.h"
+
+using namespace Qt::StringLiterals;
 
 namespace {
 void SendRecord(int type, quint16 at16, qint16 at18, bool with18) {
@@ -15,8 +19,15 @@ void SendRecord(int type, quint16 at16, qint16 at18, bool with18) {
 } // namespace
 
 void TNetModule::Send(int code) {
+  if (SysParam().MyID == kNoSession)
+    return;
   LastCommand = code;
   switch (code) {
+  case MoringCallSet:
+  case MoringCallCancel:
+  case MoringCallQuery:
+    SendMoringCall(code);
+    break;
   case QueryDevice:
     SendRecord(int(PacketType::ExtensionQuery), quint16(NextID), 0, false);
     break;
@@ -29,6 +40,41 @@ void TNetModule::Send(int code) {
   default:
     break;
   }
+}
+
+// The 40-byte wake-up packet. Only a query is cleared first; the set and the
+// cancel start from a cleared record too, which the exchange doesn't mind,
+// since it reads nothing past the fields of their sub-code.
+void TNetModule::SendMoringCall(int code) {
+  char record[40] = {};
+  PutU16(record, 6, quint16(PacketType::MoringCall));
+  PutU16(record, 16, quint16(DstID));
+  int sub = 0;
+  if (code == MoringCallSet) {
+    if (MoringMode == 0 || MoringMode == 1) {
+      sub = 1;
+    } else if (MoringMode == 2 || MoringMode == 3) {
+      sub = 4;
+      record[38] = char(MoringMode);
+    } else {
+      WriteLog(u"Wake-up not sent: mode %1 unknown (dstID:%2)"_s.arg(MoringMode).arg(DstID));
+      return;
+    }
+    PutText(record, 18, 20, CallTime);
+  } else {
+    sub = code == MoringCallCancel ? 3 : 2;
+  }
+  PutU16(record, 12, quint16(sub));
+  SendPacket40(record);
+  if (sub == 1)
+    WriteLog(u"NETMODULE_CODE_MORINGCALL_SET dstID:%1 CallTime:%2 moringCall_Mode:%3"_s.arg(DstID)
+                 .arg(CallTime)
+                 .arg(quint8(record[38])));
+  else if (sub == 4)
+    WriteLog(u"NETMODULE_CODE_MORINGCALL_SET2,3 dstID:%1 CallTime:%2 moringCall_Mode:%3"_s
+                 .arg(DstID)
+                 .arg(CallTime)
+                 .arg(quint8(record[38])));
 }
 
 int NoDisturbModeOf(quint16 mixData) {
@@ -58,7 +104,11 @@ bool LoggedOnOf(quint16 mixData) {
 }
 
 int MixData2MoringCallMode(quint16 mixData) {
-  switch (mixData & 0x1800) {
+  const int masked = mixData & 0x1800;
+  if (LogEnabled())
+    WriteLog(u"MixData2MoringCallMode: vMixData:0x%1 0xmyValue:0x%2 "_s.arg(
+        QString::number(mixData, 16), QString::number(masked, 16)));
+  switch (masked) {
   case 0x0800:
     return 2;
   case 0x1000:

@@ -6,7 +6,14 @@
 // whom, so that a batch can ask again for the next room by the same code.
 class TNetModule {
 public:
-  enum Code { QueryDevice = 1, SetSrvClass = 5, QuerySrvClassName = 6 };
+  enum Code {
+    QueryDevice = 1,
+    MoringCallSet = 2,    // DstID, CallTime, MoringMode
+    MoringCallCancel = 3, // DstID
+    MoringCallQuery = 4,  // DstID
+    SetSrvClass = 5,
+    QuerySrvClassName = 6
+  };
 
   int LastCommand = 0;
   int NextID = 0;
@@ -19,9 +26,12 @@ public:
   bool MultiTask = false;
   int NodisturbTarget = 0;
 
-  // Sends a request by its code; nothing goes without a session. Codes 2 to 4
-  // (wake-up calls) join with the guest-room services.
+  // Sends a request by its code. Without a session nothing goes and the code
+  // isn't remembered either, so a batch never repeats what never went out.
   void Send(int code);
+
+private:
+  void SendMoringCall(int code);
 };
 
 // The MixData word of an extension, read as its named parts.

@@ -188,6 +188,9 @@ void SendPacket16(char *record) {
 void SendPacket20(char *record) {
   PassThrough(record, 20);
 }
+void SendPacket40(char *record) {
+  PassThrough(record, 40);
+}
 void SendPacket220(char *record) {
   PassThrough(record, 220);
 }

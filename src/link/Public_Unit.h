@@ -89,6 +89,7 @@ void SendRecordServerQuery();
 // sets ID and Len and sends. Nothing goes without a session.
 void SendPacket16(char *record);
 void SendPacket20(char *record);
+void SendPacket40(char *record);
 void SendPacket220(char *record);
 
 // --- Records the console core reads --------------------------------------------

@@ -54,3 +54,12 @@ QList<TFormLogic *> LiveForms(QLatin1StringView formName) {
   }
   return result;
 }
+
+void NotifyLanguageApplied() {
+  // A window may go away while another reacts; walk a copy.
+  const QList<TFormLogic *> forms = Registry();
+  for (TFormLogic *form : forms) {
+    if (Registry().contains(form))
+      form->LanguageApplied();
+  }
+}

@@ -26,6 +26,10 @@ public:
   void SetControlText(const QString &control, TextProperty property, int index,
                       const QString &text);
 
+  // After a language's texts went to every live window: for what a window
+  // writes itself from the pack rather than through the table (grid titles).
+  virtual void LanguageApplied() {}
+
   bool Visible() const { return m_visible; }
   void Show();
   void Close();
@@ -44,3 +48,5 @@ private:
 
 // Every live window logic of a form name, in the order they were built.
 QList<TFormLogic *> LiveForms(QLatin1StringView formName);
+// Tells every live window that a language was applied.
+void NotifyLanguageApplied();

@@ -177,6 +177,7 @@ void ApplyLanguage() {
     for (TFormLogic *form : LiveForms(QLatin1StringView(row.Form)))
       form->SetControlText(QLatin1StringView(row.Control), row.Property, row.Index, text);
   }
+  NotifyLanguageApplied();
 }
 
 void ReloadTypeNames() {
