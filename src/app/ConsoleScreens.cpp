@@ -209,6 +209,18 @@ bool ConsoleScreens::WritePictures(const QString &file) {
       save(m_window.get(), stem + u'-' + pages->widget(i)->objectName() + u".png"_s);
     }
     pages->setCurrentIndex(current);
+    // The extension list stands behind the board on the same page.
+    if (auto *exts = m_window->findChild<QTabWidget *>(u"TeSPageControl_ExtView"_s)) {
+      const int board = pages->indexOf(m_window->findChild<QWidget *>(u"Branchs_TeTabSheet"_s));
+      pages->setCurrentIndex(board);
+      const int shown = exts->currentIndex();
+      for (int i = 1; i < exts->count(); ++i) {
+        exts->setCurrentIndex(i);
+        save(m_window.get(), stem + u'-' + exts->widget(i)->objectName() + u".png"_s);
+      }
+      exts->setCurrentIndex(shown);
+      pages->setCurrentIndex(current);
+    }
   }
   for (QWidget *window : m_window->findChildren<QWidget *>()) {
     if (!window->isWindow() || qobject_cast<QMenu *>(window) || window->objectName().isEmpty())

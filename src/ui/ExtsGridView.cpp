@@ -25,6 +25,11 @@ public:
 protected:
   void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override {
     QStyledItemDelegate::initStyleOption(option, index);
+    // Column 0 is the grid's fixed row header.
+    if (index.column() == TExtGridModel::ColHeader) {
+      option->backgroundBrush = option->palette.button();
+      return;
+    }
     const QVariant colour = index.data(TExtGridModel::ColourRole);
     if (colour.isValid() && colour.toUInt() != TExtGridModel::kWhite) {
       option->backgroundBrush = ToQColor(TColor(colour.toUInt()));
@@ -55,7 +60,8 @@ TExtsGridView::TExtsGridView(TMain_Form &main, QWidget *parent)
   QHeaderView *titles = horizontalHeader();
   titles->setSectionsClickable(true);
   titles->setHighlightSections(false);
-  titles->setStretchLastSection(false);
+  // The memo, the last column shown, takes what the page has left.
+  titles->setStretchLastSection(true);
   titles->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
   titles->setMinimumSectionSize(16);
   for (int c = 0; c < m_widths.size(); ++c)

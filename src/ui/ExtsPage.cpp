@@ -22,28 +22,6 @@ TExtsPage::TExtsPage(TExtsView &exts, TExtsGridView *grid, QWidget *board, TBoar
   auto *layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
 
-  // The find box serves both tabs; its history is the logic's, newest first.
-  auto *findRow = new QHBoxLayout;
-  m_find = Named<QComboBox>(u"TeSComboBox_Ext"_s, this);
-  m_find->setEditable(true);
-  m_find->setInsertPolicy(QComboBox::NoInsert);
-  m_find->setMinimumWidth(160);
-  m_find->lineEdit()->setClearButtonEnabled(true);
-  auto *findKey = NamedButton(u"tefxButton_ExtFind"_s, u"查找"_s, this);
-  findRow->addWidget(m_find);
-  findRow->addWidget(findKey);
-  findRow->addStretch(1);
-  layout->addLayout(findRow);
-  connect(m_find->lineEdit(), &QLineEdit::returnPressed, findKey, &QPushButton::click);
-  connect(findKey, &QPushButton::clicked, this, &TExtsPage::Find);
-  // Ctrl+F from anywhere on the page goes to the find box.
-  auto *focusFind = new QShortcut(QKeySequence::Find, this);
-  focusFind->setContext(Qt::WidgetWithChildrenShortcut);
-  connect(focusFind, &QShortcut::activated, this, [this] {
-    m_find->setFocus();
-    m_find->lineEdit()->selectAll();
-  });
-
   m_tabs = Named<QTabWidget>(u"TeSPageControl_ExtView"_s, this);
   board->setObjectName(u"TeSTabsheet_Panel"_s);
   m_tabs->addTab(board, u"分机面板"_s);
@@ -60,6 +38,30 @@ TExtsPage::TExtsPage(TExtsView &exts, TExtsGridView *grid, QWidget *board, TBoar
   listLayout->addWidget(grid, 1);
   m_tabs->addTab(list, u"分机列表"_s);
   layout->addWidget(m_tabs, 1);
+
+  // The find box serves both tabs, so it stands beside them; its history is
+  // the logic's, newest first.
+  auto *findBox = new QWidget(m_tabs);
+  auto *findRow = new QHBoxLayout(findBox);
+  findRow->setContentsMargins(0, 0, 0, 2);
+  m_find = Named<QComboBox>(u"TeSComboBox_Ext"_s, findBox);
+  m_find->setEditable(true);
+  m_find->setInsertPolicy(QComboBox::NoInsert);
+  m_find->setMinimumWidth(160);
+  m_find->lineEdit()->setClearButtonEnabled(true);
+  auto *findKey = NamedButton(u"tefxButton_ExtFind"_s, u"查找"_s, findBox);
+  findRow->addWidget(m_find);
+  findRow->addWidget(findKey);
+  m_tabs->setCornerWidget(findBox, Qt::TopRightCorner);
+  connect(m_find->lineEdit(), &QLineEdit::returnPressed, findKey, &QPushButton::click);
+  connect(findKey, &QPushButton::clicked, this, &TExtsPage::Find);
+  // Ctrl+F from anywhere on the page goes to the find box.
+  auto *focusFind = new QShortcut(QKeySequence::Find, this);
+  focusFind->setContext(Qt::WidgetWithChildrenShortcut);
+  connect(focusFind, &QShortcut::activated, this, [this] {
+    m_find->setFocus();
+    m_find->lineEdit()->selectAll();
+  });
 
   connect(m_tabs, &QTabWidget::currentChanged, this, [this](int index) {
     if (index >= 0)
