@@ -137,7 +137,10 @@ TExtsGridView::~TExtsGridView() {
 }
 
 QList<int> TExtsGridView::DesignWidths() {
-  return {20, 25, 39, 76, 102, 127, 65, 64, 64, 64, 64, 64};
+  // The grid's classic widths, except where a whole text of today's fonts
+  // would not fit: the wake-up time with its daily bracket, and the
+  // do-not-disturb mode with its timed mark.
+  return {20, 25, 39, 76, 102, 127, 190, 64, 110, 64, 64, 64};
 }
 
 QList<int> TExtsGridView::ColumnWidths() const {

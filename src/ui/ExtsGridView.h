@@ -19,7 +19,7 @@ public:
   TExtsGridView(TMain_Form &main, QWidget *parent = nullptr);
   ~TExtsGridView() override;
 
-  // Widths at design, by column; column 11 is hidden.
+  // Widths of a fresh install, by column; column 11 is hidden.
   static QList<int> DesignWidths();
   // The widths as sys.ini keeps them: a hidden column keeps the width it had.
   QList<int> ColumnWidths() const;
