@@ -9,11 +9,8 @@ QString MoringCallTimeText(TDateTime when) {
   const QDateTime dt = when.ToQDateTime();
   const QDate d = dt.date();
   const QTime t = dt.time();
-  return u"%1%2%3%4%501"_s.arg(d.year(), 4, 10, QChar(u'0'))
-      .arg(d.month(), 2, 10, QChar(u'0'))
-      .arg(d.day(), 2, 10, QChar(u'0'))
-      .arg(t.hour(), 2, 10, QChar(u'0'))
-      .arg(t.minute(), 2, 10, QChar(u'0'));
+  return QString::asprintf("%.4d%.2d%.2d%.2d%.2d01", d.year(), d.month(), d.day(), t.hour(),
+                           t.minute());
 }
 
 TDateTime MoringCallText2DateTime(const QString &text) {
