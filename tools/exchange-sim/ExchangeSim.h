@@ -154,7 +154,7 @@ public:
   // MixData, status 7, idle after the talk time) or stops ringing unanswered
   // (idle). Either way that wake-up is used up. A time more than an hour past
   // is never rung. Each change goes out as a status event; the random live
-  // stream leaves a room alone during its wake-up call.
+  // stream leaves a room alone while it has a wake-up set or ringing.
   using Clock = std::function<QDateTime()>;
   void SetClock(Clock clock); // null: the system's clock
   // From now on the exchange's clock reads `at` and runs on from there.
