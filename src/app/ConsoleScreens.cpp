@@ -13,12 +13,19 @@
 #include "support/LanguagePack.h"
 #include "support/Shell.h"
 #include "support/Sysset_Unit.h"
+#include "guest/ExtFind_Form.h"
+#include "guest/ExtsView.h"
+#include "guest/MoringCall_Unit.h"
 #include "ui/BoardView.h"
+#include "ui/ExtFindWindow.h"
+#include "ui/ExtsGridView.h"
+#include "ui/ExtsPage.h"
 #include "ui/GsmDialog.h"
 #include "ui/LanguageBinding.h"
 #include "ui/LegendBar.h"
 #include "ui/LoginDialog.h"
 #include "ui/MainWindow.h"
+#include "ui/MoringCallDialog.h"
 #include "ui/Named.h"
 #include "ui/PopMsgWindow.h"
 #include "ui/SettingsDialog.h"
@@ -98,19 +105,6 @@ QWidget *ConsoleScreens::BuildBoardPage() {
     keys->addWidget(b);
   }
   keys->addStretch(1);
-  // The find box: an extension's number brings its panel into view.
-  auto *find = NamedEdit(u"TeSComboBox_Ext"_s, page);
-  find->setClearButtonEnabled(true);
-  find->setMaximumWidth(140);
-  auto *locate = NamedButton(u"tefxButton7"_s, u"定位"_s, page);
-  const auto findNow = [this, &main, find] {
-    RunGuarded([&] { main.FindExtension(find->text().trimmed()); });
-    m_board->SyncFromTable();
-  };
-  connect(find, &QLineEdit::returnPressed, this, findNow);
-  connect(locate, &QPushButton::clicked, this, findNow);
-  keys->addWidget(find);
-  keys->addWidget(locate);
   // The legend, and the reminder that its colours can be changed.
   auto *legendRow = new QHBoxLayout;
   legendRow->addWidget(m_legend);
@@ -121,7 +115,10 @@ QWidget *ConsoleScreens::BuildBoardPage() {
   layout->addLayout(legendRow);
   layout->addLayout(keys);
   layout->addWidget(m_board, 1);
-  return page;
+  // The board and the extension list are two tabs of one page.
+  m_extsPage = new TExtsPage(main.ExtsView(), new TExtsGridView(main), page, m_board,
+                             m_window.get());
+  return m_extsPage;
 }
 
 // Each window binds its own language texts as it is built.
@@ -136,6 +133,18 @@ void ConsoleScreens::BuildWindows() {
   m_tasks = new TasksWindow(*p.Tasks(), w);
   new TaskEditWindow(p.Tasks()->EditForm(), w);
   m_popMsg = std::make_unique<PopMsgWindow>(*p.PopMsg());
+  TMain_Form &main = *p.Main();
+  new MoringCallDialog(main.MoringCall_Form(), main.DeviceEvents(), w);
+  new ExtFindWindow(main.Form_ExtFind(), m_board, w);
+  connect(m_board, &TBoardView::wakeUpRequested, this,
+          [&main](int id) { RunGuarded([&] { main.OpenMoringCall(id); }); });
+  if (auto *tools = w->findChild<QMenu *>(u"N1"_s)) {
+    QAction *find = new QAction(u"分机管理..."_s, tools);
+    find->setObjectName(u"ExtFind_MenuItem"_s);
+    tools->insertAction(tools->actions().value(0), find);
+    connect(find, &QAction::triggered, this, [&main] { main.Form_ExtFind().Show(); });
+    ApplyControlText(find, TextProperty::Caption, 0, main.ControlText(u"ExtFind_MenuItem"_s));
+  }
 
   connect(w, &TMainWindow::settingsRequested, this, [&p] { p.Sysset()->Show(); });
   connect(p.Main(), &TMain_Form::settingsRequested, this,
@@ -180,6 +189,7 @@ void ConsoleScreens::Show() {
   m_window->FirstShow();
   m_window->show();
   m_process.FirstShow(); // loads the language of the settings
+  m_extsPage->SyncFromLogic();
   Retranslate();
 }
 
@@ -200,6 +210,18 @@ bool ConsoleScreens::WritePictures(const QString &file) {
       save(m_window.get(), stem + u'-' + pages->widget(i)->objectName() + u".png"_s);
     }
     pages->setCurrentIndex(current);
+    // The extension list stands behind the board on the same page.
+    if (auto *exts = m_window->findChild<QTabWidget *>(u"TeSPageControl_ExtView"_s)) {
+      const int board = pages->indexOf(m_window->findChild<QWidget *>(u"Branchs_TeTabSheet"_s));
+      pages->setCurrentIndex(board);
+      const int shown = exts->currentIndex();
+      for (int i = 1; i < exts->count(); ++i) {
+        exts->setCurrentIndex(i);
+        save(m_window.get(), stem + u'-' + exts->widget(i)->objectName() + u".png"_s);
+      }
+      exts->setCurrentIndex(shown);
+      pages->setCurrentIndex(current);
+    }
   }
   for (QWidget *window : m_window->findChildren<QWidget *>()) {
     if (!window->isWindow() || qobject_cast<QMenu *>(window) || window->objectName().isEmpty())

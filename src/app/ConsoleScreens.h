@@ -10,6 +10,7 @@ class PopMsgWindow;
 class QWidget;
 class TasksWindow;
 class TBoardView;
+class TExtsPage;
 class TLegendBar;
 class TMainWindow;
 class WidgetShell;
@@ -52,6 +53,7 @@ private:
   std::unique_ptr<PopMsgWindow> m_popMsg;
   TLegendBar *m_legend = nullptr;
   TBoardView *m_board = nullptr;
+  TExtsPage *m_extsPage = nullptr;
   LoginDialog *m_login = nullptr;
   TasksWindow *m_tasks = nullptr;
 };

@@ -2,6 +2,7 @@
 
 #include "ExchangeSim.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QUdpSocket>
@@ -25,6 +26,20 @@ bool DemoExchange::Start() {
   m_sim->AddDevice(108, 14, u"951"_s);
   m_sim->AddDevice(110, 12, u"13800000001"_s);
   m_sim->AddDevice(112, 6, u"600"_s);
+  // Three rooms with a wake-up in the next minutes, so the list shows the
+  // exchange ringing them: one answers, one sleeps on, one is left to chance.
+  const QDateTime now = QDateTime::currentDateTime();
+  const struct {
+    int Id;
+    int Minutes;
+    ExchangeSim::WakeUpResult Result;
+  } kWakeUps[] = {{2, 2, ExchangeSim::WakeUpResult::Answer},
+                  {6, 3, ExchangeSim::WakeUpResult::NoAnswer},
+                  {11, 5, ExchangeSim::WakeUpResult::Random}};
+  for (const auto &w : kWakeUps) {
+    m_sim->Devices().Find(w.Id)->WakeUp = now.addSecs(w.Minutes * 60).toString(u"yyyyMMddHHmm01"_s);
+    m_sim->SetWakeUpResult(w.Id, w.Result);
+  }
   m_sim->SetServiceClassNames({u"客房"_s, u"内线"_s, u"市话"_s, u"长途"_s, u"国际"_s});
   if (!m_sim->Listen())
     return false;

@@ -347,6 +347,16 @@ const TLanguageRow kRows[] = {
     {833, "TUserInfo_Form", "TUserInfo_Form", TextProperty::Caption, 0},
     {834, "TForm_PopMsg", "TForm_PopMsg", TextProperty::Caption, 0},
     {835, "TMain_Form", "dial_TeButton", TextProperty::Caption, 0},
+    // The extension list's menu, and the small find window of the board
+    {960, "TMain_Form", "N27", TextProperty::Caption, 0},
+    {961, "TMain_Form", "N28", TextProperty::Caption, 0},
+    {962, "TMain_Form", "N29", TextProperty::Caption, 0},
+    {963, "TMain_Form", "N21", TextProperty::Caption, 0},
+    {964, "TMain_Form", "N22", TextProperty::Caption, 0},
+    {965, "TMain_Form", "N25", TextProperty::Caption, 0},
+    {966, "TMain_Form", "ExtFind_MenuItem", TextProperty::Caption, 0},
+    {967, "TForm_ExtFind", "Form_ExtFind", TextProperty::Caption, 0},
+    {968, "TForm_ExtFind", "tefxButton7", TextProperty::Caption, 0},
 };
 
 } // namespace

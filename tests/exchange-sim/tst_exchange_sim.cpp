@@ -377,6 +377,10 @@ private slots:
     QTest::newRow("cdr code not a number") << u"at 0 cdr 8001 8002 x"_s;
     QTest::newRow("live at no rate") << u"at 0 live 0"_s;
     QTest::newRow("live what") << u"at 0 live fast"_s;
+    QTest::newRow("clock of no time") << u"at 0 clock 202713010700"_s;
+    QTest::newRow("clock of two times") << u"at 0 clock 202701030700 202701030701"_s;
+    QTest::newRow("wakeresult what") << u"at 0 wakeresult 8001 maybe"_s;
+    QTest::newRow("wakeresult negative ring") << u"at 0 wakeresult 8001 answer -5"_s;
   }
   void badScriptRunsNothing() {
     QFETCH(QString, line);

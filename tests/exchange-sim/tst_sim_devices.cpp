@@ -529,6 +529,52 @@ private slots:
     QVERIFY2(devices.size() > 10, "the changes should spread over the devices");
   }
 
+  // The console sets a wake-up; the exchange rings it when its clock, stepped
+  // by the script, reaches the time, and the room answers or not.
+  void wakeUpsRingAtTheirTime_data() {
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<QStringList>("events"); // status, MixData, wake-up text
+    const QString set = u"1 0001 20270103070501"_s;
+    QTest::newRow("answered") << u"at 0 wakeresult 8002 answer 0\nat 0 clock 202701030705"_s
+                              << QStringList{set, u"3 0001 20270103070501"_s,
+                                             u"7 0101 20270103070501"_s, u"1 0001 "_s};
+    QTest::newRow("not answered")
+        << u"at 0 wakeresult 8002 noanswer 10\nat 0 clock 20270103070530"_s
+        << QStringList{set, u"3 0001 20270103070501"_s, u"1 0001 "_s};
+    QTest::newRow("not yet due") << u"at 0 wakeresult 8002 answer 0\nat 0 clock 202701030704"_s
+                                 << QStringList{set};
+    QTest::newRow("over an hour late")
+        << u"at 0 wakeresult 8002 answer 0\nat 0 clock 202701030806"_s << QStringList{set};
+  }
+  void wakeUpsRingAtTheirTime() {
+    QFETCH(QString, script);
+    QFETCH(QStringList, events);
+    Sim->AddDevice(1, 1, u"8002"_s);
+    Sim->SetClockTo(QDateTime(QDate(2027, 1, 3), QTime(6, 0)));
+    Sim->SetWakeUpCheckPeriod(10);
+    Sim->SetWakeUpTalkTime(10);
+    auto console = LoggedIn();
+    console->Send(ConsolePacket(35, 1, Hex("0100 0000 0100") + Field("20270103070501", 20) +
+                                           Hex("0000")));
+    QTRY_COMPARE_WITH_TIMEOUT(Ear->Got.size(), 1, kWait);
+    QTest::qWait(50);
+    QSignalSpy finished(Sim.get(), &ExchangeSim::scriptFinished);
+    QString error;
+    QVERIFY2(Sim->RunScriptText(script, &error), qPrintable(error));
+    QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, kWait);
+    QTRY_COMPARE_WITH_TIMEOUT(Ear->Got.size(), events.size(), kWait);
+    QTRY_VERIFY_WITH_TIMEOUT(!Sim->IsInWakeUpCall(1), kWait);
+    QTest::qWait(50);
+    QStringList got;
+    for (const QNetworkDatagram &g : std::as_const(Ear->Got)) {
+      const QByteArray d = g.data();
+      got << u"%1 %2 %3"_s.arg(I16At(d, 16))
+                 .arg(U16At(d, 22), 4, 16, QChar(u'0'))
+                 .arg(QString::fromLatin1(TextAt(d, 42)));
+    }
+    QCOMPARE(got, events);
+  }
+
   void scriptPushesEvents() {
     Sim->AddDevice(1, 1, u"8002"_s);
     Sim->AddDevice(5, 1, u"8001"_s);

@@ -26,6 +26,8 @@ ExchangeSim::ExchangeSim(QObject *parent) : QObject(parent) {
   connect(&Calls, &SimCall::stateRepeated, this, &ExchangeSim::ReportCall);
   LiveTimer.setTimerType(Qt::PreciseTimer);
   connect(&LiveTimer, &QTimer::timeout, this, &ExchangeSim::SendLiveStatus);
+  connect(&WakeUpTimer, &QTimer::timeout, this, &ExchangeSim::RingDueWakeUps);
+  WakeUpTimer.start(1000);
   ClassNames = {u"无限制"_s, u"限声讯台"_s, u"国内长途"_s, u"市话"_s, u"内线"_s};
 }
 
@@ -390,6 +392,13 @@ void ExchangeSim::Perform(const ScriptStep &step) {
     break;
   case ScriptStep::Kind::Live:
     StartLiveStatus(step.Rate); // 0 stops it
+    break;
+  case ScriptStep::Kind::Clock:
+    SetClockTo(step.Moment);
+    break;
+  case ScriptStep::Kind::WakeResult:
+    if (const SimDevice *d = DeviceSet.ByNumber(step.Caller))
+      SetWakeUpResult(d->ID, static_cast<WakeUpResult>(step.Value), step.RingMs);
     break;
   }
 }

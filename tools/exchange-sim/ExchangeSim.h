@@ -15,6 +15,7 @@
 #include "SimEvents.h"
 #include "SimPackets.h"
 
+#include <QDateTime>
 #include <QElapsedTimer>
 #include <QHash>
 #include <QHostAddress>
@@ -25,6 +26,8 @@
 #include <QString>
 #include <QTcpServer>
 #include <QTimer>
+
+#include <functional>
 
 class QTcpSocket;
 
@@ -148,6 +151,30 @@ public:
   int LiveStatusSent() const { return LiveSent; }
   void SetRandomSeed(quint32 seed) { Random.seed(seed); }
 
+  // Wake-ups. The exchange rings a room when its wake-up time comes by the
+  // exchange's own clock: the room goes to status 3 (rung back by the
+  // exchange), and after the ring time either answers (the answer flag in
+  // MixData, status 7, idle after the talk time) or stops ringing unanswered
+  // (idle). Either way that wake-up is used up. A time more than an hour past
+  // is never rung. Each change goes out as a status event; the random live
+  // stream leaves a room alone while it has a wake-up set or ringing.
+  using Clock = std::function<QDateTime()>;
+  void SetClock(Clock clock); // null: the system's clock
+  // From now on the exchange's clock reads `at` and runs on from there.
+  void SetClockTo(const QDateTime &at);
+  QDateTime Now() const;
+  enum class WakeUpResult { Random, Answer, NoAnswer };
+  // How the extension's next wake-ups end. Random answers three times in four;
+  // a negative ring time picks one from 4 to 12 seconds. False for a device
+  // that is not an extension.
+  bool SetWakeUpResult(int id, WakeUpResult result, int ringMs = -1);
+  // How often the clock is read for due wake-ups (default 1000 ms), and how
+  // long an answered wake-up call lasts (default 3000 ms).
+  void SetWakeUpCheckPeriod(int ms);
+  void SetWakeUpTalkTime(int ms) { WakeUpTalk = std::max(ms, 0); }
+  // From the first ring to idle again.
+  bool IsInWakeUpCall(int id) const { return WakeUpCalls.contains(id); }
+
   QList<SimPacket> Received() const { return Log; }
   void ClearReceived() { Log.clear(); }
 
@@ -164,6 +191,8 @@ signals:
   void loginAnswered(const QString &telNo, const QString &result);
   void scriptFinished();
   void callStateChanged(const SimCallStatus &status);
+  void wakeUpRinging(int id);
+  void wakeUpEnded(int id, bool answered);
 
 private:
   struct User {
@@ -195,6 +224,9 @@ private:
   void Changed(int id);
   void SendLiveStatus();
   void ReportCall(const SimCallStatus &status);
+  void RingDueWakeUps();
+  void EndWakeUpRing(int id, bool answered);
+  void EndWakeUpCall(int id, bool answered);
 
   QTcpServer Server;
   QPointer<QTcpSocket> Console;
@@ -229,6 +261,17 @@ private:
   qint64 LiveDueSent = 0; // sent since the stream started
   int LiveSent = 0;
   QRandomGenerator Random{QRandomGenerator::securelySeeded()};
+
+  struct WakeUpPlan {
+    WakeUpResult Result = WakeUpResult::Random;
+    int RingMs = -1;
+  };
+  Clock BaseClock;
+  qint64 ClockOffsetMs = 0;
+  QTimer WakeUpTimer;
+  int WakeUpTalk = 3000;
+  QHash<int, WakeUpPlan> WakeUpPlans;
+  QHash<int, QString> WakeUpCalls; // device ID -> the wake-up time it rings for
 
   QList<SimPacket> Log;
   ScriptRunner Runner;

@@ -98,6 +98,10 @@ void ExchangeSim::SendLiveStatus() {
   const qint64 now = std::min(due, kLiveBurst);
   for (qint64 i = 0; i < now; ++i) {
     SimDevice *d = DeviceSet.Find(ids.at(Random.bounded(static_cast<int>(ids.size()))));
+    // A room with a wake-up to come is left alone too: a random fall from
+    // status 3 to idle would read at the console as a wake-up not answered.
+    if (WakeUpCalls.contains(d->ID) || !d->WakeUp.isEmpty())
+      continue;
     if (SimDeviceTypes::IsExtension(d->Type)) {
       d->Status = Pick(Random, kExtensionStatuses);
     } else if (d->Type == SimDeviceTypes::GsmModule) {

@@ -139,6 +139,27 @@ QString ParseStep(const QStringList &tokens, ScriptStep *step) {
       if (!ok || !(step->Rate > 0))
         return u"\"%1\" is not a rate a second"_s.arg(args.at(0));
     }
+  } else if (verb == u"clock"_s) {
+    step->Action = ScriptStep::Kind::Clock;
+    if (args.size() != 1)
+      return u"clock takes one time, YYYYMMDDHHNN[SS]"_s;
+    const QString &text = args.at(0);
+    step->Moment = QDateTime::fromString(
+        text, text.size() == 14 ? u"yyyyMMddHHmmss"_s : u"yyyyMMddHHmm"_s);
+    if (!step->Moment.isValid())
+      return u"\"%1\" is not a time YYYYMMDDHHNN[SS]"_s.arg(text);
+  } else if (verb == u"wakeresult"_s) {
+    step->Action = ScriptStep::Kind::WakeResult;
+    static const QStringList results{u"random"_s, u"answer"_s, u"noanswer"_s};
+    if (args.size() < 2 || args.size() > 3 || !results.contains(args.at(1)))
+      return u"wakeresult takes <number> answer|noanswer|random [<ring ms>]"_s;
+    step->Caller = args.at(0);
+    step->Value = static_cast<int>(results.indexOf(args.at(1)));
+    if (args.size() == 3) {
+      step->RingMs = args.at(2).toInt(&ok);
+      if (!ok || step->RingMs < 0)
+        return u"\"%1\" is not a ring time in milliseconds"_s.arg(args.at(2));
+    }
   } else {
     return u"unknown step \"%1\""_s.arg(verb);
   }

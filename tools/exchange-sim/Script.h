@@ -24,11 +24,19 @@
 //   at 200  cdr 8001 13900001111 [asstype [direction [rectype]]]   a call record
 //   at 0    live 50                random status changes, 50 a second; "live off" stops
 //
+// Wake-ups, which the exchange rings by its own clock:
+//   at 0    clock 202701030659     the exchange's clock reads this now (seconds may
+//                                  follow as two more digits) and runs on from there
+//   at 0    wakeresult 8003 answer 5000   how the room's wake-ups end: answer,
+//                                  noanswer or random, after a ring of 5000 ms
+//                                  (random length when left out)
+//
 // Times are milliseconds from the start of the script; steps with the same time
 // run in the order of the file.
 #pragma once
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QElapsedTimer>
 #include <QList>
 #include <QObject>
@@ -57,6 +65,8 @@ struct ScriptStep {
     MixData,
     CallRecord,
     Live,
+    Clock,
+    WakeResult,
   };
   Kind Action = Kind::Drop;
   int At = 0;   // ms after the start
@@ -75,6 +85,8 @@ struct ScriptStep {
   int Value = 0;       // the status of Status, the word of MixData
   double Rate = 0;     // events a second of Live; 0 stops the stream
   QList<qint16> Codes; // associated type, direction and record type of CallRecord
+  QDateTime Moment;    // the time of Clock
+  int RingMs = -1;     // of WakeResult; negative: random
 };
 
 // Parses a whole script. On any bad line nothing is returned as usable: the

@@ -47,6 +47,8 @@ namespace SimMix {
 inline constexpr quint16 LoggedOn = 0x0001;
 inline constexpr quint16 NoDisturbMask = 0x0604;
 inline constexpr quint16 VoiceMail = 0x0040;
+inline constexpr quint16 WakeUpDelayed = 0x0080;
+inline constexpr quint16 WakeUpAnswered = 0x0100;
 inline constexpr quint16 WakeUpModeMask = 0x1800;
 // The do-not-disturb command of the wire (0, 1, 2, 4) as status bits; other
 // commands leave the extension undisturbed.

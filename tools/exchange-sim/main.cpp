@@ -173,8 +173,8 @@ int main(int argc, char *argv[]) {
   QCommandLineParser parser;
   parser.setApplicationDescription(
       u"A simulated telephone exchange for the Trunkdesk console: it accepts the "
-      "console's connection, answers its login, sends keep-alive pulses and prints "
-      "every packet the console sends."_s);
+      "console's connection, answers its login, sends keep-alive pulses, rings the "
+      "wake-ups the console sets and prints every packet the console sends."_s);
   parser.addHelpOption();
   const QCommandLineOption portOption(u"port"_s, u"TCP port to listen on (default 5003)."_s, u"N"_s,
                                       u"5003"_s);
@@ -231,10 +231,15 @@ int main(int argc, char *argv[]) {
   const QCommandLineOption gsmAnswerOption(
       u"gsm-answer"_s, u"How an SMS ends: sent (default), failed, or none (no module is free)."_s,
       u"sent|failed|none"_s, u"sent"_s);
+  const QCommandLineOption clockOption(
+      u"clock"_s,
+      u"Start the exchange's clock at this time, YYYYMMDDHHNN; it rings wake-ups by "
+      "it (default: the system's time)."_s,
+      u"TIME"_s);
   parser.addOptions({portOption, listenOption, userOption, pulseOption, scriptOption,
                      dialCompleteOption, answerAfterOption, devicesOption, extensionsOption,
                      trunksOption, gsmOption, ivrOption, classesOption, udpHostOption,
-                     udpPortOption, udpFromOption, liveOption, gsmAnswerOption});
+                     udpPortOption, udpFromOption, liveOption, gsmAnswerOption, clockOption});
   parser.process(app);
 
   bool ok = false;
@@ -283,6 +288,14 @@ int main(int argc, char *argv[]) {
 
   if (!SetUpDevices(parser, sim))
     return 2;
+  if (parser.isSet(clockOption)) {
+    const QDateTime at = QDateTime::fromString(parser.value(clockOption), u"yyyyMMddHHmm"_s);
+    if (!at.isValid()) {
+      Complain(u"--clock wants a time YYYYMMDDHHNN, as 202701030659"_s);
+      return 2;
+    }
+    sim.SetClockTo(at);
+  }
 
   // The script is checked now, so a bad file stops the program before it listens,
   // and it plays from the start of every session: a scripted call means
@@ -321,6 +334,15 @@ int main(int argc, char *argv[]) {
                      }
                    });
   QObject::connect(&sim, &ExchangeSim::scriptFinished, &sim, [] { Say(u"script finished"_s); });
+  auto numberOf = [&sim](int id) { return sim.Device(id) ? sim.Device(id)->Number : QString(); };
+  QObject::connect(&sim, &ExchangeSim::wakeUpRinging, &sim, [&sim, numberOf](int id) {
+    Say(u"-> wake-up call rings %1 at %2"_s.arg(numberOf(id),
+                                                 sim.Now().toString(u"yyyy-MM-dd hh:mm"_s)));
+  });
+  QObject::connect(&sim, &ExchangeSim::wakeUpEnded, &sim, [numberOf](int id, bool answered) {
+    Say(u"-> wake-up call of %1 %2"_s.arg(numberOf(id), answered ? u"answered"_s
+                                                                   : u"not answered"_s));
+  });
   QObject::connect(&sim, &ExchangeSim::callStateChanged, &sim, [](const SimCallStatus &status) {
     QString line =
         u"-> call state %1 (%2)"_s.arg(status.State).arg(SimCall::StateName(status.State));
