@@ -296,7 +296,8 @@ void TDeviceEvents::processPacketFromSocket_SrvClass(const char *w) {
     return;
   const QString reply = GetText(w, 18, 21);
   if (reply != u"000000"_s) {
-    TheShell().Message(MessageKind::Warning, LangText(394) + reply);
+    // A refused class halts a running batch where it stands: no step follows.
+    TheShell().Message(MessageKind::Error, LangText(394) + reply);
     return;
   }
   if (SrvClassBatchRunning && SrvClassBatchRunning()) {
@@ -345,9 +346,14 @@ void TDeviceEvents::processPacketFromSocket_MoringCall(const char *w) {
   }
 }
 
-void TDeviceEvents::processPacketFromSocket_VoiceMail(const char *) {
+void TDeviceEvents::processPacketFromSocket_VoiceMail(const char *w) {
   // The voice-mail answer is tested for its sub-code before the handler holds
-  // the packet, so the test never passes and the answer never acts.
+  // the packet, so the test never passes and the answer never acts: a batch
+  // clear stops after its first room and ends in the time-out, as operators
+  // know it. The cleared state reaches the grid by the status event.
+  if (LogEnabled())
+    WriteLog(u"Voice-mail answer not acted on (dstID:%1 result:%2)"_s.arg(GetU16(w, 16))
+                 .arg(GetU16(w, 20)));
 }
 
 void TDeviceEvents::processPacketFromSocket_Other(const char *w) {
