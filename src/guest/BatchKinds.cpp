@@ -5,8 +5,8 @@
 #include "guest/Hint_Form.h"
 #include "guest/MoringCall_Unit.h"
 
-void WireBatchWalk(TBatchWalk &walk, TDeviceEvents &events, TNetModule &net,
-                   THint_Form &srvClass, TMoringCall_Form &moringCall) {
+void WireBatchWalk(TBatchWalk &walk, TDeviceEvents &events, TNetModule &net, THint_Form &srvClass,
+                   TMoringCall_Form &moringCall) {
   // Each step repeats the kind's last command with the values it went out
   // with; only the room changes.
   events.SrvClassBatchRunning = [&srvClass] { return srvClass.MultiApply; };

@@ -9,5 +9,5 @@ class TNetModule;
 // Hands the device monitor's answer handlers the one walk, with what each kind
 // sends for the next room: the service class and wake-up dialogs say by their
 // MultiApply whether their batch runs, do-not-disturb by TNetModule::MultiTask.
-void WireBatchWalk(TBatchWalk &walk, TDeviceEvents &events, TNetModule &net,
-                   THint_Form &srvClass, TMoringCall_Form &moringCall);
+void WireBatchWalk(TBatchWalk &walk, TDeviceEvents &events, TNetModule &net, THint_Form &srvClass,
+                   TMoringCall_Form &moringCall);

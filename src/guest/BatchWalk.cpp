@@ -31,8 +31,8 @@ int TBatchWalk::FirstSelected() {
 
 void TBatchWalk::SendFirst(const QString &what, int id, const std::function<void(int)> &send) {
   if (SysParam().MyID == kNoSession)
-    WriteLog(u"Batch %1 not started: no session with the exchange (first ID %2)"_s.arg(what)
-                 .arg(id));
+    WriteLog(
+        u"Batch %1 not started: no session with the exchange (first ID %2)"_s.arg(what).arg(id));
   send(id);
   emit stepSent(id);
 }

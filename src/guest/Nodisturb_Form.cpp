@@ -11,8 +11,8 @@ using namespace Qt::StringLiterals;
 
 TForm_Nodisturb::TForm_Nodisturb(TCallControlDev &table, TExtsView &exts, TNodisturb &nodisturb,
                                  TBatchWalk &walk, QObject *parent)
-    : TFormLogic("TForm_Nodisturb", parent), m_table(table), m_exts(exts),
-      m_nodisturb(nodisturb), m_walk(walk) {
+    : TFormLogic("TForm_Nodisturb", parent), m_table(table), m_exts(exts), m_nodisturb(nodisturb),
+      m_walk(walk) {
   Caption = u"免打扰设置"_s;
   TeComboBox_Nodisturb_Items = TExtsView::NodisturbItems();
   TeLabel_Hint = u"时间段内每30秒自动开启内外线免打扰，时间段外自动关闭；"

@@ -16,8 +16,8 @@ class TForm_Nodisturb : public TFormLogic {
   Q_OBJECT
 
 public:
-  TForm_Nodisturb(TCallControlDev &table, TExtsView &exts, TNodisturb &nodisturb,
-                  TBatchWalk &walk, QObject *parent = nullptr);
+  TForm_Nodisturb(TCallControlDev &table, TExtsView &exts, TNodisturb &nodisturb, TBatchWalk &walk,
+                  QObject *parent = nullptr);
 
   QString Caption;
   int Target = -1;
