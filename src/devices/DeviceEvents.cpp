@@ -346,14 +346,12 @@ void TDeviceEvents::processPacketFromSocket_MoringCall(const char *w) {
   }
 }
 
-void TDeviceEvents::processPacketFromSocket_VoiceMail(const char *w) {
+void TDeviceEvents::processPacketFromSocket_VoiceMail(const char *) {
   // The voice-mail answer is tested for its sub-code before the handler holds
   // the packet, so the test never passes and the answer never acts: a batch
   // clear stops after its first room and ends in the time-out, as operators
-  // know it. The cleared state reaches the grid by the status event.
-  if (LogEnabled())
-    WriteLog(u"Voice-mail answer not acted on (dstID:%1 result:%2)"_s.arg(GetU16(w, 16))
-                 .arg(GetU16(w, 20)));
+  // know it. The cleared state reaches the grid by the status event, and the
+  // dispatcher's own log line records the answer.
 }
 
 void TDeviceEvents::processPacketFromSocket_Other(const char *w) {
