@@ -18,7 +18,13 @@ class TDeviceEvents;
 class TDeviceTestPanel;
 class TDirectoryPages;
 class TExtsView;
+class TBatchWalk;
 class TForm_ExtFind;
+class TForm_MemoSet;
+class TForm_Nodisturb;
+class TForm_VoiceMail_Set;
+class THint_Form;
+class TNodisturb;
 class TMoringCall_Form;
 class TNetModule;
 class TPhoneBoard;
@@ -228,6 +234,21 @@ public:
   // The wake-up dialog of a device: the board's "叫醒设置..." and the grid's
   // wake-up columns come here. The screens show the dialog on its shown().
   void OpenMoringCall(int id);
+  // The other dialogs over a room; each shows on its shown(). The service
+  // class dialog opens without blocking from the grid and modally from the
+  // board's phone icon (which also raises srvClassDialogRequested to place it).
+  THint_Form &Hint_Form() { return *m_hintForm; }
+  TForm_Nodisturb &Form_Nodisturb() { return *m_nodisturbForm; }
+  TForm_VoiceMail_Set &Form_VoiceMail_Set() { return *m_voiceMailForm; }
+  TForm_MemoSet &Form_MemoSet() { return *m_memoSetForm; }
+  void OpenSrvClass(int id, bool modal);
+  void OpenNodisturb(int id);
+  void OpenVoiceMail(int id);
+  void OpenMemoSet(int id);
+  // The grid's do-not-disturb actions and the 30-second tick's windows.
+  TNodisturb &Nodisturb() { return *m_nodisturb; }
+  // The walk of the batch keys, with Timer_MultiProcess and its panel.
+  TBatchWalk &BatchWalk() { return *m_batchWalk; }
   // PopupMenu_Ext: call and transfer to the grid's current row.
   void N21Click();
   void N22Click();
@@ -292,6 +313,12 @@ private:
   std::unique_ptr<TExtsView> m_extsView;
   std::unique_ptr<TMoringCall_Form> m_moringCall;
   std::unique_ptr<TForm_ExtFind> m_extFind;
+  std::unique_ptr<TBatchWalk> m_batchWalk;
+  std::unique_ptr<TNodisturb> m_nodisturb;
+  std::unique_ptr<THint_Form> m_hintForm;
+  std::unique_ptr<TForm_Nodisturb> m_nodisturbForm;
+  std::unique_ptr<TForm_VoiceMail_Set> m_voiceMailForm;
+  std::unique_ptr<TForm_MemoSet> m_memoSetForm;
 
   void WireGuest(); // Main_Guest.cpp, from the constructor
   void LanguageApplied() override;

@@ -1,12 +1,20 @@
-// The guest-room half of the main window: the extension list and the wake-up
-// dialog, fed by the device monitor's events and its 30-second tick.
+// The guest-room half of the main window: the extension list and the dialogs
+// over its rooms, fed by the device monitor's events and its 30-second tick,
+// and the batch walk that steps on the exchange's answers.
 #include "console/Main_Form.h"
 
 #include "devices/CallControlDev.h"
 #include "devices/DeviceEvents.h"
+#include "guest/BatchKinds.h"
+#include "guest/BatchWalk.h"
 #include "guest/ExtFind_Form.h"
 #include "guest/ExtsView.h"
+#include "guest/Hint_Form.h"
+#include "guest/MemoSet.h"
 #include "guest/MoringCall_Unit.h"
+#include "guest/Nodisturb.h"
+#include "guest/Nodisturb_Form.h"
+#include "guest/VoiceMail_Set.h"
 #include "support/Log.h"
 #include "support/Shell.h"
 
@@ -16,11 +24,21 @@ void TMain_Form::WireGuest() {
   m_extsView = std::make_unique<TExtsView>(*m_devices, *m_netModule);
   m_moringCall = std::make_unique<TMoringCall_Form>(*m_devices, *m_netModule, *m_extsView);
   m_extFind = std::make_unique<TForm_ExtFind>(*m_extsView);
+  m_batchWalk = std::make_unique<TBatchWalk>(*m_extsView);
+  m_nodisturb = std::make_unique<TNodisturb>(*m_devices, *m_netModule, *m_extsView);
+  m_hintForm = std::make_unique<THint_Form>(*m_devices, *m_netModule, *m_extsView, *m_batchWalk);
+  m_nodisturbForm =
+      std::make_unique<TForm_Nodisturb>(*m_devices, *m_extsView, *m_nodisturb, *m_batchWalk);
+  m_voiceMailForm =
+      std::make_unique<TForm_VoiceMail_Set>(*m_devices, *m_netModule, *m_extsView, *m_batchWalk);
+  m_memoSetForm = std::make_unique<TForm_MemoSet>(*m_devices, *m_extsView);
   TExtsView &exts = *m_extsView;
   TDeviceEvents &events = *m_deviceEvents;
 
   exts.LocatePanel = [this](const QString &number) { return FindExtension(number); };
   exts.SrvClassItems = [&events] { return events.SrvClassNames.stringList(); };
+  exts.RunNoDisturbWindows = [this](int id) { m_nodisturb->RunNoDisturbWindows(id); };
+  WireBatchWalk(*m_batchWalk, events, *m_netModule, *m_hintForm, *m_moringCall);
   // A row that can't be read from the store ends that refresh only.
   connect(&events, &TDeviceEvents::Ext_AddRow, &exts,
           [&exts](int id) { RunGuarded([&] { exts.Ext_AddRow(id); }); });
@@ -31,12 +49,41 @@ void TMain_Form::WireGuest() {
   connect(&events, &TDeviceEvents::moringCallAnswered, m_moringCall.get(),
           &TMoringCall_Form::MoringCallAnswered);
   connect(&exts, &TExtsView::moringCallRequested, this, &TMain_Form::OpenMoringCall);
+  connect(&exts, &TExtsView::srvClassRequested, this, [this](int id) { OpenSrvClass(id, false); });
+  connect(&exts, &TExtsView::nodisturbRequested, this, &TMain_Form::OpenNodisturb);
+  connect(&exts, &TExtsView::voiceMailRequested, this, &TMain_Form::OpenVoiceMail);
+  connect(&exts, &TExtsView::memoRequested, this, &TMain_Form::OpenMemoSet);
+  // The exchange's bar on guest-room actions disables every apply key.
   connect(this, &TMain_Form::serviceAllowedChanged, m_moringCall.get(),
           &TMoringCall_Form::SetServiceAllowed);
+  connect(this, &TMain_Form::serviceAllowedChanged, m_hintForm.get(),
+          &THint_Form::SetServiceAllowed);
+  connect(this, &TMain_Form::serviceAllowedChanged, m_nodisturbForm.get(),
+          &TForm_Nodisturb::SetServiceAllowed);
+  connect(this, &TMain_Form::serviceAllowedChanged, m_voiceMailForm.get(),
+          &TForm_VoiceMail_Set::SetServiceAllowed);
+  connect(this, &TMain_Form::serviceAllowedChanged, m_memoSetForm.get(),
+          &TForm_MemoSet::SetServiceAllowed);
 }
 
 void TMain_Form::OpenMoringCall(int id) {
   m_moringCall->OpenFor(id);
+}
+
+void TMain_Form::OpenSrvClass(int id, bool modal) {
+  m_hintForm->OpenFor(id, modal);
+}
+
+void TMain_Form::OpenNodisturb(int id) {
+  m_nodisturbForm->OpenFor(id);
+}
+
+void TMain_Form::OpenVoiceMail(int id) {
+  m_voiceMailForm->OpenFor(id);
+}
+
+void TMain_Form::OpenMemoSet(int id) {
+  m_memoSetForm->OpenFor(id);
 }
 
 void TMain_Form::LanguageApplied() {

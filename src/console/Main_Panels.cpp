@@ -5,6 +5,7 @@
 #include "link/SysParam.h"
 #include "devices/CallControlDev.h"
 #include "devices/DeviceEvents.h"
+#include "devices/NetModule.h"
 #include "directory/DirectoryPages.h"
 #include "guest/ExtsView.h"
 #include "support/LanguagePack.h"
@@ -25,18 +26,6 @@ void WaitWithEvents(int ms) {
                                     int(qMax<qint64>(1, deadline.remainingTime())));
 }
 
-void SendControl(quint16 sub, int length, quint16 at16) {
-  if (SysParam().MyID == kNoSession)
-    return;
-  char record[20] = {};
-  PutU16(record, 6, quint16(PacketType::DeviceControl));
-  PutU16(record, 12, sub);
-  PutU16(record, 16, at16);
-  if (length == 16)
-    SendPacket16(record);
-  else
-    SendPacket20(record);
-}
 } // namespace
 
 void TMain_Form::PhonePanel_PopupMenuPopup(int id) {
@@ -152,14 +141,14 @@ void TMain_Form::tefxSpeedButton2Click() {
 void TMain_Form::PopMenu_ResetTrunkClick() {
   if (!ServiceAllowed || !m_devices->Device(MenuDeviceID))
     return;
-  SendControl(150, 20, quint16(MenuDeviceID));
+  SendDeviceControl(150, 20, quint16(MenuDeviceID));
 }
 
 void TMain_Form::tefxButton5Click() {
-  SendControl(149, 20, 1);
+  SendDeviceControl(149, 20, 1);
 }
 void TMain_Form::tefxButton6Click() {
-  SendControl(149, 20, 0);
+  SendDeviceControl(149, 20, 0);
 }
 
 void TMain_Form::Template_PhoneSpeedButtonClick(int id) {
@@ -177,6 +166,7 @@ void TMain_Form::Template_PhoneSpeedButtonClick(int id) {
     break;
   }
   CurrentDeviceID = id;
+  OpenSrvClass(id, true);
   const TBoardGeometry &g = BoardGeometry;
   emit srvClassDialogRequested(id, g.PageLeft + p->Left + 20, g.PageTop + p->Top - 35);
 }

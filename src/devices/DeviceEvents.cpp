@@ -296,7 +296,8 @@ void TDeviceEvents::processPacketFromSocket_SrvClass(const char *w) {
     return;
   const QString reply = GetText(w, 18, 21);
   if (reply != u"000000"_s) {
-    TheShell().Message(MessageKind::Warning, LangText(394) + reply);
+    // A refused class halts a running batch where it stands: no step follows.
+    TheShell().Message(MessageKind::Error, LangText(394) + reply);
     return;
   }
   if (SrvClassBatchRunning && SrvClassBatchRunning()) {
@@ -352,7 +353,10 @@ void TDeviceEvents::processPacketFromSocket_MoringCall(const char *w) {
 
 void TDeviceEvents::processPacketFromSocket_VoiceMail(const char *) {
   // The voice-mail answer is tested for its sub-code before the handler holds
-  // the packet, so the test never passes and the answer never acts.
+  // the packet, so the test never passes and the answer never acts: a batch
+  // clear stops after its first room and ends in the time-out, as operators
+  // know it. The cleared state reaches the grid by the status event, and the
+  // dispatcher's own log line records the answer.
 }
 
 void TDeviceEvents::processPacketFromSocket_Other(const char *w) {

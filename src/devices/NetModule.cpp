@@ -77,6 +77,47 @@ void TNetModule::SendMoringCall(int code) {
                  .arg(quint8(record[38])));
 }
 
+void TNetModule::Send_NodisturbCtrl(int id, int command) {
+  if (SysParam().MyID == kNoSession)
+    return;
+  LastCommand = command;
+  SendDeviceControl(152, 20, quint16(id), quint16(command));
+}
+
+void TNetModule::Send_VoiceMailClear(int id) {
+  if (SysParam().MyID == kNoSession)
+    return;
+  SendRecord(int(PacketType::VoiceMailClear), quint16(id), 0, false);
+}
+
+void SendDeviceControl(quint16 subCode, int length, quint16 at16, quint16 at18) {
+  if (SysParam().MyID == kNoSession)
+    return;
+  char record[20] = {};
+  PutU16(record, 6, quint16(PacketType::DeviceControl));
+  PutU16(record, 12, subCode);
+  PutU16(record, 16, at16);
+  if (length == 16) {
+    SendPacket16(record);
+  } else {
+    PutU16(record, 18, at18);
+    SendPacket20(record);
+  }
+}
+
+int NoDisturbCommandOf(int mode) {
+  switch (mode) {
+  case 1:
+    return 1;
+  case 2:
+    return 2;
+  case 3:
+    return 4;
+  default:
+    return 0;
+  }
+}
+
 int NoDisturbModeOf(quint16 mixData) {
   switch (mixData & 0x0604) {
   case 0x0004:

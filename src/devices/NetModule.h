@@ -30,9 +30,25 @@ public:
   // isn't remembered either, so a batch never repeats what never went out.
   void Send(int code);
 
+  // The do-not-disturb command for one extension (type 24, sub-code 152).
+  // `command` is the wire value (NoDisturbCommandOf), kept as LastCommand so
+  // that a batch repeats it.
+  void Send_NodisturbCtrl(int id, int command);
+  // Clears the room's waiting voice messages. A batch never repeats it by
+  // code, so LastCommand stays what it was.
+  void Send_VoiceMailClear(int id);
+
 private:
   void SendMoringCall(int code);
 };
+
+// A type 24 control packet: the sub-code at 12, a device or switch at 16 and,
+// in the 20-byte form, a value at 18. Nothing goes without a session.
+void SendDeviceControl(quint16 subCode, int length, quint16 at16, quint16 at18 = 0);
+
+// The wire value of a do-not-disturb mode: the exchange numbers "outside
+// calls only" 4, not 3. Anything unknown is "off".
+int NoDisturbCommandOf(int mode);
 
 // The MixData word of an extension, read as its named parts.
 int NoDisturbModeOf(quint16 mixData);

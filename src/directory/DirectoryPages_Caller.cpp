@@ -175,7 +175,7 @@ void TDirectoryPages::ShowPopMsg(const QString &number) {
 void TDirectoryPages::TeSpeedButton_APIExcuteClick() {
   const QString link = SysConfig().LinkURL;
   if (link.trimmed().isEmpty()) {
-    TheShell().Message(MessageKind::Information, u"请先设置外部连接程序！"_s);
+    TheShell().Message(MessageKind::Error, u"请先设置外部连接程序！"_s);
     return;
   }
   const QString ext = OwnExtension ? OwnExtension() : QString();

@@ -316,6 +316,7 @@ private slots:
     w.replace(18, 6, "000042");
     m.events.processPacketFromSocket_SrvClass(w.constData());
     QCOMPARE(m.shell.Messages.last().Text, LangText(394) + u"000042"_s);
+    QCOMPARE(m.shell.Messages.last().Kind, MessageKind::Error);
   }
 
   void wakeUpQueryAnswer() {

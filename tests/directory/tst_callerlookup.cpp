@@ -201,6 +201,8 @@ private slots:
     QCOMPARE(d.shell.Messages.size(), refused ? 1 : 0);
     if (refused)
       QCOMPARE(d.shell.Messages[0].Text, u"请先设置外部连接程序！"_s);
+    if (refused)
+      QCOMPARE(d.shell.Messages[0].Kind, MessageKind::Error);
   }
 };
 

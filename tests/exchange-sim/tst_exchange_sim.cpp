@@ -373,6 +373,10 @@ private slots:
     QTest::newRow("status too big") << u"at 0 status 5 256"_s;
     QTest::newRow("status of no device") << u"at 0 status -1 1"_s;
     QTest::newRow("mixdata beyond 16 bits") << u"at 0 mixdata 5 0x10000"_s;
+    QTest::newRow("hold of no kind") << u"at 0 hold login"_s;
+    QTest::newRow("hold a negative count") << u"at 0 hold srvclass -1"_s;
+    QTest::newRow("delay without a time") << u"at 0 delay nodisturb"_s;
+    QTest::newRow("srvresult without a code") << u"at 0 srvresult"_s;
     QTest::newRow("cdr of one number") << u"at 0 cdr 8001"_s;
     QTest::newRow("cdr code not a number") << u"at 0 cdr 8001 8002 x"_s;
     QTest::newRow("live at no rate") << u"at 0 live 0"_s;

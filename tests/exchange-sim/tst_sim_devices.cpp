@@ -575,6 +575,23 @@ private slots:
     QCOMPARE(got, events);
   }
 
+  // A script refuses classes, holds one answer back and sends another late;
+  // the requests still act.
+  void scriptShapesAnswers() {
+    AddOffice();
+    auto console = LoggedIn();
+    QSignalSpy finished(Sim.get(), &ExchangeSim::scriptFinished);
+    QVERIFY(Sim->RunScriptText(u"at 0 srvresult 000007\nat 0 hold srvclass\n"
+                               u"at 0 delay nodisturb 50 1\n"_s));
+    QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, kWait);
+    console->Send(ConsolePacket(22, 1, Hex("0100 0000 0100 0300")));
+    console->Send(ConsolePacket(22, 1, Hex("0100 0000 0100 0300")));
+    console->Send(ConsolePacket(24, 1, Hex("9800 0000 0100 0400")));
+    QTRY_COMPARE_WITH_TIMEOUT(console->Types(), (QList<qint16>{16, 22, 24}), kWait);
+    QCOMPARE(TextAt(console->Packets().at(1), 18), QByteArray("000007"));
+    QCOMPARE(StateOf(Sim->Device(1)), u"class 0 mix 0441 wake "_s);
+  }
+
   void scriptPushesEvents() {
     Sim->AddDevice(1, 1, u"8002"_s);
     Sim->AddDevice(5, 1, u"8001"_s);

@@ -378,6 +378,15 @@ void ExchangeSim::Perform(const ScriptStep &step) {
   case ScriptStep::Kind::UserInfo:
     SendUserInfo(step.Caller, step.Name, step.Port, {}, step.Admin, step.Features);
     break;
+  case ScriptStep::Kind::SrvResult:
+    SetSrvClassResult(step.Name);
+    break;
+  case ScriptStep::Kind::Hold:
+    HoldAnswers(AnswerTypeCode(step.Name), step.Value);
+    break;
+  case ScriptStep::Kind::Delay:
+    DelayAnswers(AnswerTypeCode(step.Name), step.DelayMs, step.Value);
+    break;
   case ScriptStep::Kind::Status:
     if (SetDeviceStatus(step.Device, static_cast<quint8>(step.Value)))
       PushStatus(step.Device);

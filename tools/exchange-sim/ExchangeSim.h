@@ -130,6 +130,14 @@ public:
   // A change made by a request is pushed as a status event, as the exchange
   // does; off, only PushStatus and the live stream send.
   void SetPushOnChange(bool push) { PushOnChange = push; }
+  // Answers to the guest-room requests, by the answer's type code (22 service
+  // class, 24 do-not-disturb, 35 wake-up, 40 voice mail), so a test can see
+  // the console's time-out and late answers. The request itself still acts.
+  // The next `count` answers of the type are never sent; 0 ends a hold.
+  void HoldAnswers(qint16 typeCode, int count = 1);
+  // The next `count` answers of the type go `ms` late; a negative count delays
+  // every later one, and 0 ends the delay. A hold comes first.
+  void DelayAnswers(qint16 typeCode, int ms, int count = -1);
 
   // UDP events, to 127.0.0.1:5009 unless told otherwise.
   SimEventChannel &Events() { return Udp; }
@@ -253,6 +261,14 @@ private:
   GsmOutcome SmsOutcome = GsmOutcome::Sent;
   QStringList Sms;
   bool PushOnChange = true;
+  struct AnswerPlan {
+    int Hold = 0;
+    int DelayMs = 0;
+    int DelayCount = 0; // negative: every answer
+  };
+  QHash<qint16, AnswerPlan> AnswerPlans;
+  // Writes a guest-room answer as its plan says: now, late, or not at all.
+  void WriteAnswer(qint16 typeCode, const QByteArray &bytes);
 
   SimEventChannel Udp;
   QTimer LiveTimer;

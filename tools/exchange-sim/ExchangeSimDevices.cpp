@@ -183,7 +183,8 @@ void ExchangeSim::SetSrvClass(int id, int srvClass) {
     d->SrvClass = static_cast<qint8>(srvClass);
     Changed(id);
   }
-  Write(SimPackets::SrvClassSetAnswer(Session, static_cast<quint16>(id), result));
+  WriteAnswer(SimPackets::SrvClassSet,
+              SimPackets::SrvClassSetAnswer(Session, static_cast<quint16>(id), result));
 }
 
 void ExchangeSim::SetNoDisturb(int id, quint16 command, bool answer) {
@@ -191,14 +192,16 @@ void ExchangeSim::SetNoDisturb(int id, quint16 command, bool answer) {
                     SimMix::NoDisturbBits(command)))
     Changed(id);
   if (answer)
-    Write(SimPackets::NoDisturbAnswer(Session, static_cast<quint16>(id), command));
+    WriteAnswer(SimPackets::DeviceControl,
+                SimPackets::NoDisturbAnswer(Session, static_cast<quint16>(id), command));
 }
 
 void ExchangeSim::ClearVoiceMail(int id) {
   if (MailboxReachable && ChangeMixData(id, static_cast<quint16>(~SimMix::VoiceMail), 0))
     Changed(id);
-  Write(SimPackets::VoiceMailAnswer(Session, static_cast<quint16>(id),
-                                    MailboxReachable ? 0 : kMailboxUnreachable));
+  WriteAnswer(SimPackets::VoiceMailClear,
+              SimPackets::VoiceMailAnswer(Session, static_cast<quint16>(id),
+                                          MailboxReachable ? 0 : kMailboxUnreachable));
 }
 
 void ExchangeSim::AnswerMoringCall(const SimPacket &packet) {
@@ -232,10 +235,37 @@ void ExchangeSim::AnswerMoringCall(const SimPacket &packet) {
     if (timeChanged || modeChanged)
       Changed(id);
   }
-  Write(SimPackets::MoringCallAnswer(
-      Session, static_cast<quint16>(sub), static_cast<quint16>(id),
-      extension ? d->WakeUp : QString(),
-      static_cast<quint8>(extension ? SimMix::WakeUpMode(d->MixData) : 1)));
+  WriteAnswer(SimPackets::MoringCall,
+              SimPackets::MoringCallAnswer(
+                  Session, static_cast<quint16>(sub), static_cast<quint16>(id),
+                  extension ? d->WakeUp : QString(),
+                  static_cast<quint8>(extension ? SimMix::WakeUpMode(d->MixData) : 1)));
+}
+
+void ExchangeSim::HoldAnswers(qint16 typeCode, int count) {
+  AnswerPlans[typeCode].Hold = std::max(count, 0);
+}
+
+void ExchangeSim::DelayAnswers(qint16 typeCode, int ms, int count) {
+  AnswerPlan &plan = AnswerPlans[typeCode];
+  plan.DelayMs = std::max(ms, 0);
+  plan.DelayCount = count;
+}
+
+void ExchangeSim::WriteAnswer(qint16 typeCode, const QByteArray &bytes) {
+  AnswerPlan &plan = AnswerPlans[typeCode];
+  if (plan.Hold > 0) {
+    --plan.Hold;
+    return;
+  }
+  if (plan.DelayCount == 0) {
+    Write(bytes);
+    return;
+  }
+  if (plan.DelayCount > 0)
+    --plan.DelayCount;
+  // A late answer goes to whichever console is connected by then, if any.
+  QTimer::singleShot(plan.DelayMs, this, [this, bytes] { Write(bytes); });
 }
 
 void ExchangeSim::AnswerGsm(const SimPacket &packet) {

@@ -6,6 +6,18 @@
 
 using namespace Qt::StringLiterals;
 
+qint16 AnswerTypeCode(const QString &kind) {
+  if (kind == u"srvclass"_s)
+    return 22;
+  if (kind == u"nodisturb"_s)
+    return 24;
+  if (kind == u"wakeup"_s)
+    return 35;
+  if (kind == u"voicemail"_s)
+    return 40;
+  return 0;
+}
+
 namespace {
 
 // Hex bytes; blanks between them are ignored, so "12 19 1039" is four bytes.
@@ -16,6 +28,10 @@ bool ParseHex(const QStringList &tokens, QByteArray *bytes) {
     return false;
   *bytes = QByteArray::fromHex(joined.toLatin1());
   return true;
+}
+
+bool IsAnswerKind(const QString &name) {
+  return AnswerTypeCode(name) != 0;
 }
 
 // Parses one step; returns an empty string when it is good, else what is wrong.
@@ -106,6 +122,30 @@ QString ParseStep(const QStringList &tokens, ScriptStep *step) {
       return u"admin is 0 or 1, not \"%1\""_s.arg(args.at(3));
     step->Admin = args.at(3) == u"1"_s;
     step->Features = args.mid(4);
+  } else if (verb == u"srvresult"_s) {
+    step->Action = ScriptStep::Kind::SrvResult;
+    if (args.size() != 1 || args.at(0).isEmpty() || args.at(0).size() > 20)
+      return u"srvresult takes one result code, such as 000000"_s;
+    step->Name = args.at(0);
+  } else if (verb == u"hold"_s || verb == u"delay"_s) {
+    const bool hold = verb == u"hold"_s;
+    step->Action = hold ? ScriptStep::Kind::Hold : ScriptStep::Kind::Delay;
+    const int fixed = hold ? 1 : 2;
+    if (args.size() < fixed || args.size() > fixed + 1 || !IsAnswerKind(args.at(0)))
+      return hold ? u"hold takes srvclass|nodisturb|voicemail|wakeup [<count>]"_s
+                  : u"delay takes srvclass|nodisturb|voicemail|wakeup <ms> [<count>]"_s;
+    step->Name = args.at(0);
+    if (!hold) {
+      step->DelayMs = args.at(1).toInt(&ok);
+      if (!ok || step->DelayMs < 0)
+        return u"\"%1\" is not a delay in milliseconds"_s.arg(args.at(1));
+    }
+    step->Value = hold ? 1 : -1;
+    if (args.size() == fixed + 1) {
+      step->Value = args.at(fixed).toInt(&ok);
+      if (!ok || step->Value < 0)
+        return u"\"%1\" is not a count"_s.arg(args.at(fixed));
+    }
   } else if (verb == u"status"_s || verb == u"mixdata"_s) {
     const bool status = verb == u"status"_s;
     step->Action = status ? ScriptStep::Kind::Status : ScriptStep::Kind::MixData;

@@ -18,6 +18,15 @@
 //   at 5000 giveup                 a ringing call stops unanswered; a MissedCall follows
 //   at 0    userinfo 8001 前台 5003 1 *72 *73   number, name, port, admin 0|1, feature codes
 //
+// How the exchange answers the guest-room requests (answer kinds: srvclass,
+// nodisturb, voicemail, wakeup):
+//   at 0    srvresult 000007       refuse every service class change with this code;
+//                                  "srvresult 000000" accepts again
+//   at 0    hold nodisturb 2       the next 2 answers of the kind are never sent
+//                                  (1 when left out, 0 ends a hold)
+//   at 0    delay srvclass 12000 1 the next answer of the kind goes 12000 ms late
+//                                  (every later one when the count is left out)
+//
 // Steps of the exchange's devices, pushed to the console as UDP events:
 //   at 100  status 5 7             device 5 changes to status 7, and says so
 //   at 100  mixdata 5 0x0245       device 5's status word changes, and says so
@@ -61,6 +70,9 @@ struct ScriptStep {
     HangUp,
     GiveUp,
     UserInfo,
+    SrvResult,
+    Hold,
+    Delay,
     Status,
     MixData,
     CallRecord,
@@ -82,12 +94,17 @@ struct ScriptStep {
   bool Admin = false;
   QStringList Features;
   int Device = 0;
-  int Value = 0;       // the status of Status, the word of MixData
+  int Value = 0;       // the status of Status, the word of MixData, the count of Hold/Delay
+  int DelayMs = 0;     // how late Delay sends
   double Rate = 0;     // events a second of Live; 0 stops the stream
   QList<qint16> Codes; // associated type, direction and record type of CallRecord
   QDateTime Moment;    // the time of Clock
   int RingMs = -1;     // of WakeResult; negative: random
 };
+
+// The type code of the answers of a kind named in hold and delay steps
+// (srvclass 22, nodisturb 24, wakeup 35, voicemail 40); 0 for another name.
+qint16 AnswerTypeCode(const QString &kind);
 
 // Parses a whole script. On any bad line nothing is returned as usable: the
 // result is false and *error names every bad line by its number.

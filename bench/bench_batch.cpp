@@ -1,0 +1,177 @@
+// A batch over 300 checked rooms against the simulated exchange on loopback:
+// the time from the batch key to the success message, beside the floor of 300
+// lock-step round trips of the same request over the same link in the same
+// run. The walk should stay within 3x of that floor.
+#include "console/Login_Form.h"
+#include "console/Main_Form.h"
+#include "devices/NetModule.h"
+#include "directory/SysDM_Unit.h"
+#include "guest/ExtsView.h"
+#include "guest/Hint_Form.h"
+#include "support/Paths.h"
+#include "support/Settings.h"
+#include "support/Shell.h"
+
+#include "ExchangeSim.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <benchmark/benchmark.h>
+
+#include <functional>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr int kRooms = 300;
+
+// The desk's person: every message ends the wait the run is in.
+class QuietShell final : public Shell {
+public:
+  std::function<void(const QString &)> OnMessage;
+  void Balloon(const QString &, const QString &, int, BalloonIcon) override {}
+  void Message(MessageKind, const QString &text) override {
+    if (OnMessage)
+      OnMessage(text);
+  }
+  bool Question(const QString &) override { return false; }
+  QString ChooseOpenFile(const QString &, const QString &) override { return {}; }
+  void Open(const QString &, const QString &) override {}
+  void HintAt(const QString &, const QString &, int, int, int) override {}
+  void RingStart() override {}
+  void RingStop() override {}
+};
+
+// The console logged in to the exchange with its 300 rooms listed, built once.
+struct Desk {
+  QTemporaryDir home;
+  QuietShell shell;
+  std::unique_ptr<TMain_Form> main;
+  std::unique_ptr<TLogin_Form> login;
+  ExchangeSim sim;
+  bool ready = false;
+  QString LastMessage;
+
+  Desk() {
+    SetAppPath(home.path());
+    SetShell(&shell);
+    SysConfig().Debug = 0;
+    SysConfig().TypeVisible.fill(true);
+    Sys_DM().DataModuleCreate();
+    main = std::make_unique<TMain_Form>();
+    login = std::make_unique<TLogin_Form>(main.get());
+    main->ExtsView().ExtsView_Init();
+    sim.AddUser(u"8001"_s, u"1234"_s);
+    sim.SetPulsePeriod(0);
+    sim.SetPushOnChange(false); // the walk, not the status stream, is measured
+    sim.AddDevices(0, kRooms, 1, u"8001"_s);
+    if (!sim.Listen())
+      return;
+    main->Link().StartWorker();
+    login->FormShow();
+    login->TelNo_TeComboBox = u"8001"_s;
+    login->Pwd_TeMaskEdit = u"1234"_s;
+    login->HostIP_TeMaskEdit = u"127.0.0.1"_s;
+    login->HostPort_TeMaskEdit = QString::number(sim.Port());
+    login->Login_TeButtonClick();
+    ready = QTest::qWaitFor(
+        [&] {
+          const QList<SimPacket> got = sim.Received();
+          return main->ExtsView().AdvStringGrid_Exts.ShownCount() == kRooms &&
+                 std::any_of(got.cbegin(), got.cend(),
+                             [](const SimPacket &p) { return p.TypeCode == 37; });
+        },
+        60000);
+  }
+
+  // Runs `start` and the event loop until `messages` messages came; seconds.
+  double Until(int messages, const std::function<void()> &start) {
+    QEventLoop loop;
+    int seen = 0;
+    shell.OnMessage = [&](const QString &text) {
+      LastMessage = text;
+      if (++seen == messages)
+        loop.quit();
+    };
+    QTimer::singleShot(120000, &loop, &QEventLoop::quit);
+    QElapsedTimer clock;
+    clock.start();
+    start();
+    if (seen < messages)
+      loop.exec();
+    const double seconds = double(clock.nsecsElapsed()) / 1e9;
+    shell.OnMessage = nullptr;
+    return seen >= messages ? seconds : -1;
+  }
+};
+
+Desk &TheDesk() {
+  static Desk desk;
+  return desk;
+}
+} // namespace
+
+// The floor: one service class change after the other, each sent when the
+// previous answer has been handled (a single change's answer shows a message).
+static void BM_LockStepFloor300(benchmark::State &state) {
+  Desk &d = TheDesk();
+  if (!d.ready) {
+    state.SkipWithError("the console did not log in");
+    return;
+  }
+  TNetModule &net = d.main->NetModule();
+  for (auto _ : state) {
+    double total = 0;
+    for (int id = 0; id < kRooms; ++id) {
+      const double s = d.Until(1, [&] {
+        net.SrvDstID = id;
+        net.SrvClass = 1;
+        net.Send(TNetModule::SetSrvClass);
+      });
+      if (s < 0) {
+        state.SkipWithError("an answer did not come");
+        return;
+      }
+      total += s;
+    }
+    state.SetIterationTime(total);
+  }
+}
+BENCHMARK(BM_LockStepFloor300)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
+
+// The batch key of the service class dialog over all 300 checked rooms.
+static void BM_BatchSrvClass300(benchmark::State &state) {
+  Desk &d = TheDesk();
+  if (!d.ready) {
+    state.SkipWithError("the console did not log in");
+    return;
+  }
+  d.main->ExtsView().N27Click(); // check every row
+  THint_Form &hint = d.main->Hint_Form();
+  for (auto _ : state) {
+    hint.OpenFor(0, false);
+    hint.srvClass_TeComboBox_ItemIndex = 1;
+    const double s = d.Until(1, [&] { hint.TeButton_srvClsApply_MultiClick(); });
+    if (s < 0 || d.LastMessage != u"提示:批量修改成功完成！"_s) {
+      state.SkipWithError("the batch did not end with its success message");
+      return;
+    }
+    state.SetIterationTime(s);
+  }
+}
+BENCHMARK(BM_BatchSrvClass300)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
+
+int main(int argc, char **argv) {
+  QCoreApplication app(argc, argv);
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  TheDesk().main->Link().StopWorker();
+  return 0;
+}
