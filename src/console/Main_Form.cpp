@@ -10,7 +10,9 @@
 #include "directory/DirectoryPages.h"
 #include "guest/ExtFind_Form.h"
 #include "guest/ExtsView.h"
+#include "guest/MoringCallLog_Unit.h"
 #include "guest/MoringCall_Unit.h"
+#include "guest/PBXRecords.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
 #include "support/Settings.h"
@@ -26,6 +28,7 @@ TMain_Form::TMain_Form(QObject *parent)
       m_board(std::make_unique<TPhoneBoard>(*m_devices, *m_netModule)) {
   connect(m_deviceEvents.get(), &TDeviceEvents::deviceNotice, this, &TMain_Form::DeviceNotice);
   WireGuest();
+  WireRecords();
   // A ringing call on an analogue trunk is titled with the trunk's name.
   AnalogTrunkName = [this](int line) {
     const TPhoneTis *p = m_devices->Device(line);

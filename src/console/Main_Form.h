@@ -17,6 +17,8 @@ class TDeviceEvents;
 class TDirectoryPages;
 class TExtsView;
 class TForm_ExtFind;
+class TForm_MoringCallLog;
+class TPBXRecords;
 class TMoringCall_Form;
 class TNetModule;
 class TPhoneBoard;
@@ -209,6 +211,11 @@ public:
   void N21Click();
   void N22Click();
 
+  // --- record views (Main_Records.cpp) ---
+  TPBXRecords &PBXRecords() { return *m_pbxRecords; }
+  TForm_MoringCallLog &Form_MoringCallLog() { return *m_moringCallLog; }
+  void tefxButton_MCallRecordClick();
+
   // --- dispatch (Main_Dispatch.cpp) ---
   void processPacketFromSocket(const char *packet, int length);
 
@@ -259,7 +266,10 @@ private:
   std::unique_ptr<TExtsView> m_extsView;
   std::unique_ptr<TMoringCall_Form> m_moringCall;
   std::unique_ptr<TForm_ExtFind> m_extFind;
+  std::unique_ptr<TPBXRecords> m_pbxRecords;
+  std::unique_ptr<TForm_MoringCallLog> m_moringCallLog;
 
-  void WireGuest(); // Main_Guest.cpp, from the constructor
+  void WireGuest();   // Main_Guest.cpp, from the constructor
+  void WireRecords(); // Main_Records.cpp, after WireGuest
   void LanguageApplied() override;
 };
