@@ -377,6 +377,7 @@ private slots:
     QTest::newRow("cdr code not a number") << u"at 0 cdr 8001 8002 x"_s;
     QTest::newRow("live at no rate") << u"at 0 live 0"_s;
     QTest::newRow("live what") << u"at 0 live fast"_s;
+    QTest::newRow("records at no rate") << u"at 0 records -1"_s;
   }
   void badScriptRunsNothing() {
     QFETCH(QString, line);

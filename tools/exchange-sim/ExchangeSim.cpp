@@ -26,6 +26,7 @@ ExchangeSim::ExchangeSim(QObject *parent) : QObject(parent) {
   connect(&Calls, &SimCall::stateRepeated, this, &ExchangeSim::ReportCall);
   LiveTimer.setTimerType(Qt::PreciseTimer);
   connect(&LiveTimer, &QTimer::timeout, this, &ExchangeSim::SendLiveStatus);
+  connect(&RecordTimer, &QTimer::timeout, this, &ExchangeSim::SendStreamRecord);
   ClassNames = {u"无限制"_s, u"限声讯台"_s, u"国内长途"_s, u"市话"_s, u"内线"_s};
 }
 
@@ -385,6 +386,9 @@ void ExchangeSim::Perform(const ScriptStep &step) {
     break;
   case ScriptStep::Kind::Live:
     StartLiveStatus(step.Rate); // 0 stops it
+    break;
+  case ScriptStep::Kind::CallRecords:
+    StartCallRecords(step.Rate); // 0 stops it
     break;
   }
 }

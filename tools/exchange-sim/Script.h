@@ -23,6 +23,7 @@
 //   at 100  mixdata 5 0x0245       device 5's status word changes, and says so
 //   at 200  cdr 8001 13900001111 [asstype [direction [rectype]]]   a call record
 //   at 0    live 50                random status changes, 50 a second; "live off" stops
+//   at 500  records 2              call records of random rooms, 2 a second; "records off" stops
 //
 // Times are milliseconds from the start of the script; steps with the same time
 // run in the order of the file.
@@ -57,6 +58,7 @@ struct ScriptStep {
     MixData,
     CallRecord,
     Live,
+    CallRecords,
   };
   Kind Action = Kind::Drop;
   int At = 0;   // ms after the start
@@ -73,7 +75,7 @@ struct ScriptStep {
   QStringList Features;
   int Device = 0;
   int Value = 0;       // the status of Status, the word of MixData
-  double Rate = 0;     // events a second of Live; 0 stops the stream
+  double Rate = 0;     // events a second of Live and CallRecords; 0 stops the stream
   QList<qint16> Codes; // associated type, direction and record type of CallRecord
 };
 
