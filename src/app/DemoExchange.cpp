@@ -38,8 +38,8 @@ bool DemoExchange::Start() {
   }
   m_sim->SetEventTarget(QHostAddress::LocalHost, m_eventPort);
   m_sim->StartLiveStatus(2.0);
-  // The rooms' calls keep the call-record page filling: one every five seconds.
-  m_sim->RunScriptText(u"at 3000 records 0.2\n"_s);
+  // The rooms' calls keep the call-record page filling: one every two seconds.
+  m_sim->RunScriptText(u"at 1500 records 0.5\n"_s);
 
   QDir().mkpath(m_home.path() + u"/ini"_s);
   QFile ini(m_home.path() + u"/ini/sys.ini"_s);

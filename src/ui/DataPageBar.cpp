@@ -27,10 +27,13 @@ TDataPageBar::TDataPageBar(TFrame_DataPage &frame, TFormLogic *language, QWidget
     const char16_t *Name;
     const char16_t *Text;
     void (TFrame_DataPage::*Click)();
-  } kKeys[] = {{u"Label4", u"首页", &TFrame_DataPage::Label4Click},
-               {u"Label5", u"上一页", &TFrame_DataPage::Label5Click},
-               {u"Label6", u"下一页", &TFrame_DataPage::Label6Click},
-               {u"Label7", u"末页", &TFrame_DataPage::Label7Click}};
+  } kKeys[] = {{u"Frame_DataPage_Label4", u"首页", &TFrame_DataPage::Label4Click},
+               {u"Frame_DataPage_Label5", u"上一页", &TFrame_DataPage::Label5Click},
+               {u"Frame_DataPage_Label6", u"下一页", &TFrame_DataPage::Label6Click},
+               {u"Frame_DataPage_Label7", u"末页", &TFrame_DataPage::Label7Click}};
+  // The keys carry the bar's name before their own: the main window has labels
+  // Label4 to Label7 of its own (the recordings page), and the language texts
+  // find controls by name anywhere below the window.
   for (int i = 0; i < 4; ++i) {
     m_keys[i] = NamedButton(QString::fromUtf16(kKeys[i].Name), QString::fromUtf16(kKeys[i].Text),
                             this);

@@ -19,7 +19,7 @@ MoringCallLogWindow::MoringCallLogWindow(TForm_MoringCallLog &logic, QWidget *pa
     : QWidget(parent, Qt::Window | Qt::WindowStaysOnTopHint), m_logic(logic) {
   setObjectName(u"TForm_MoringCallLog"_s);
   setWindowTitle(u"叫醒记录"_s);
-  resize(760, 520);
+  resize(900, 520);
 
   const auto dateBox = [this](const QString &name) {
     auto *box = Named<QDateTimeEdit>(name, this);
@@ -31,6 +31,8 @@ MoringCallLogWindow::MoringCallLogWindow(TForm_MoringCallLog &logic, QWidget *pa
   m_end = dateBox(u"cxDateEdit_End"_s);
   m_ext = NamedEdit(u"cxTextEdit_Ext"_s, this);
   m_roomNo = NamedEdit(u"cxTextEdit_RoomNo"_s, this);
+  m_ext->setMinimumWidth(80);
+  m_roomNo->setMinimumWidth(80);
   m_state = Named<QComboBox>(u"cxComboBox_State"_s, this);
   m_state->addItems(logic.cxComboBox_State_Items);
   auto *find = NamedButton(u"SpeedButton_Find"_s, u"查询"_s, this);

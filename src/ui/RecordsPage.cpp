@@ -85,6 +85,7 @@ QWidget *BuildRecordsPage(TMain_Form &main, QWidget *parent) {
                           TimeBox(u"DateTimePicker_End_Time"_s, page),
                           Named<QComboBox>(u"TeSComboBox_RecType"_s, page)};
   boxes->Number->setClearButtonEnabled(true);
+  boxes->Number->setMinimumWidth(120);
   boxes->Number->setMaximumWidth(180);
   boxes->RecType->addItems(records.TeSComboBox_RecType_Items);
   boxes->FromLogic();
@@ -107,19 +108,16 @@ QWidget *BuildRecordsPage(TMain_Form &main, QWidget *parent) {
   auto *row = new QHBoxLayout;
   row->addWidget(boxes->TelNos);
   row->addWidget(boxes->Number);
-  row->addSpacing(12);
   row->addWidget(boxes->Start);
   row->addWidget(boxes->StartDate);
   row->addWidget(boxes->StartTime);
   row->addWidget(boxes->End);
   row->addWidget(boxes->EndDate);
   row->addWidget(boxes->EndTime);
-  row->addSpacing(12);
   row->addWidget(NamedLabel(u"TeAdvancedLabel4"_s, u"通话类型:"_s, page));
   row->addWidget(boxes->RecType);
   row->addWidget(find);
   row->addStretch(1);
-  row->addWidget(exportKey);
   layout->addLayout(row);
 
   auto *grid =
@@ -152,6 +150,9 @@ QWidget *BuildRecordsPage(TMain_Form &main, QWidget *parent) {
       menu->popup(grid->viewport()->mapToGlobal(at));
   });
 
-  layout->addWidget(new TDataPageBar(records.Frame_DataPage, &main, page));
+  auto *bottom = new QHBoxLayout;
+  bottom->addWidget(new TDataPageBar(records.Frame_DataPage, &main, page), 1);
+  bottom->addWidget(exportKey);
+  layout->addLayout(bottom);
   return page;
 }
