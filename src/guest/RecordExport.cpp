@@ -33,6 +33,23 @@ bool LooksLikeFormula(const QString &text) {
   return false;
 }
 
+// A stored date as the grid shows it. The store keeps "yyyy-MM-dd hh:mm:ss",
+// which is already the shown form but for a midnight time, so that text is
+// taken as it is; parsing each of a hundred thousand dates would cost more than
+// reading them.
+QString ShownDate(const QString &stored) {
+  static constexpr char16_t kShape[] = u"0000-00-00 00:00:00";
+  bool stored19 = stored.size() == 19;
+  for (qsizetype i = 0; stored19 && i < 19; ++i)
+    stored19 = kShape[i] == u'0' ? stored[i].isDigit() : stored[i] == kShape[i];
+  if (stored19)
+    return stored.endsWith(u" 00:00:00"_s) ? stored.left(10) : stored;
+  TDateTime t;
+  if (!TryStrToDateTime(stored, &t))
+    return stored;
+  return t.IsZero() ? QString() : DateTimeToStr(t);
+}
+
 void AppendRow(QString &out, const QStringList &cells) {
   for (qsizetype i = 0; i < cells.size(); ++i) {
     if (i > 0)
@@ -95,11 +112,8 @@ TRecordExportResult ExportRecords(const QString &path, const QString &table,
       const TRecordColumn &c = columns[i];
       const QVariant v = fieldOf[i] >= 0 ? q.value(fieldOf[i]) : QVariant();
       QString stored = v.isNull() ? QString() : v.toString();
-      if (c.Date && !stored.isEmpty()) {
-        TDateTime t;
-        if (TryStrToDateTime(stored, &t))
-          stored = t.IsZero() ? QString() : DateTimeToStr(t);
-      }
+      if (c.Date && !stored.isEmpty())
+        stored = ShownDate(stored);
       cells << c.Text(stored);
     }
     AppendRow(chunk, cells);
