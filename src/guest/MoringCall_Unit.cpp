@@ -6,6 +6,7 @@
 #include "guest/MoringCall.h"
 #include "support/Clock.h"
 #include "support/LanguagePack.h"
+#include "support/LanguageTable.h"
 #include "support/Log.h"
 #include "support/Shell.h"
 
@@ -13,12 +14,20 @@ using namespace Qt::StringLiterals;
 
 namespace {
 const QString kFlagCombo = u"MoCall_Flag_TeSComboBox"_s;
-}
+} // namespace
 
 TMoringCall_Form::TMoringCall_Form(TCallControlDev &table, TNetModule &net, TExtsView &exts,
                                    QObject *parent)
     : TFormLogic("TMoringCall_Form", parent), m_table(table), m_net(net), m_exts(exts) {
-  MoCall_Flag_TeSComboBox_Items = {LangText(786), LangText(787)};
+  // The on/off items are the table's texts of this window, as ApplyLanguage
+  // would set them, and follow every later language switch below.
+  MoCall_Flag_TeSComboBox_Items = {QString(), QString()};
+  for (const TLanguageRow &row : LanguageTable()) {
+    if (QLatin1StringView(row.Form) == QLatin1StringView(FormName()) &&
+        QLatin1StringView(row.Control) == kFlagCombo && row.Property == TextProperty::Item &&
+        row.Index >= 0 && row.Index < 2)
+      MoCall_Flag_TeSComboBox_Items[row.Index] = LanguagePack().Str(row.Key);
+  }
   TeSComboBox_MoringCallMode_Items = {u"Default普通"_s, u"Chinese中文"_s, u"English英文"_s};
   MoCallDate_TeDateTimePicker = Now().DatePart() + 1.0;
   TeDateTimePicker_MoringCall_EveryDayTime = TDateTime::FromTime(QTime(7, 0));
