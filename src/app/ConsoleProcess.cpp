@@ -11,6 +11,7 @@
 #include "directory/SysDM_Unit.h"
 #include "directory/TaskEdit_Unit.h"
 #include "directory/Tasks_Unit.h"
+#include "guest/PBXRecords.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
 #include "support/Paths.h"
@@ -88,6 +89,8 @@ bool ConsoleProcess::Start(const QString &home, bool autoLogin, quint16 udpPort)
     events.refreshMixShow(id, mixData);
   };
   connect(m_main.get(), &TMain_Form::udpLoggedInChanged, m_udp.get(), &TUDPMainForm::SetLoggedIn);
+  // A stored call record shows at once on the call-record page.
+  m_udp->SpeedButton_FindClick = [this] { m_main->PBXRecords().SpeedButton_FindClick(); };
   if (!m_udp->FormCreate())
     return false;
 

@@ -10,6 +10,7 @@
 #include "directory/PopMsg_Form.h"
 #include "directory/TaskEdit_Unit.h"
 #include "directory/Tasks_Unit.h"
+#include "guest/MoringCallLog_Unit.h"
 #include "support/LanguagePack.h"
 #include "support/Shell.h"
 #include "support/Sysset_Unit.h"
@@ -26,6 +27,7 @@
 #include "ui/LoginDialog.h"
 #include "ui/MainWindow.h"
 #include "ui/MoringCallDialog.h"
+#include "ui/MoringCallLogWindow.h"
 #include "ui/Named.h"
 #include "ui/PopMsgWindow.h"
 #include "ui/SettingsDialog.h"
@@ -131,6 +133,7 @@ void ConsoleScreens::BuildWindows() {
   new UserInfoDialog(*p.UserInfo(), w);
   new GsmDialog(*p.Gsm(), w);
   m_tasks = new TasksWindow(*p.Tasks(), w);
+  new MoringCallLogWindow(p.Main()->Form_MoringCallLog(), w);
   new TaskEditWindow(p.Tasks()->EditForm(), w);
   m_popMsg = std::make_unique<PopMsgWindow>(*p.PopMsg());
   TMain_Form &main = *p.Main();

@@ -53,6 +53,8 @@ bool DemoExchange::Start() {
   }
   m_sim->SetEventTarget(QHostAddress::LocalHost, m_eventPort);
   m_sim->StartLiveStatus(2.0);
+  // The rooms' calls keep the call-record page filling: one every two seconds.
+  m_sim->RunScriptText(u"at 1500 records 0.5\n"_s);
 
   QDir().mkpath(m_home.path() + u"/ini"_s);
   QFile ini(m_home.path() + u"/ini/sys.ini"_s);

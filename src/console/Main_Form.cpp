@@ -18,6 +18,9 @@
 #include "guest/Nodisturb.h"
 #include "guest/Nodisturb_Form.h"
 #include "guest/VoiceMail_Set.h"
+#include "guest/MoringCallLog_Unit.h"
+#include "guest/MoringCall_Unit.h"
+#include "guest/PBXRecords.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
 #include "support/Settings.h"
@@ -34,6 +37,7 @@ TMain_Form::TMain_Form(QObject *parent)
       m_deviceTestPanel(std::make_unique<TDeviceTestPanel>(m_display)) {
   connect(m_deviceEvents.get(), &TDeviceEvents::deviceNotice, this, &TMain_Form::DeviceNotice);
   WireGuest();
+  WireRecords();
   // A ringing call on an analogue trunk is titled with the trunk's name.
   AnalogTrunkName = [this](int line) {
     const TPhoneTis *p = m_devices->Device(line);

@@ -25,6 +25,8 @@ class TForm_Nodisturb;
 class TForm_VoiceMail_Set;
 class THint_Form;
 class TNodisturb;
+class TForm_MoringCallLog;
+class TPBXRecords;
 class TMoringCall_Form;
 class TNetModule;
 class TPhoneBoard;
@@ -253,6 +255,11 @@ public:
   void N21Click();
   void N22Click();
 
+  // --- record views (Main_Records.cpp) ---
+  TPBXRecords &PBXRecords() { return *m_pbxRecords; }
+  TForm_MoringCallLog &Form_MoringCallLog() { return *m_moringCallLog; }
+  void tefxButton_MCallRecordClick();
+
   // --- dispatch (Main_Dispatch.cpp) ---
   void processPacketFromSocket(const char *packet, int length);
 
@@ -319,7 +326,10 @@ private:
   std::unique_ptr<TForm_Nodisturb> m_nodisturbForm;
   std::unique_ptr<TForm_VoiceMail_Set> m_voiceMailForm;
   std::unique_ptr<TForm_MemoSet> m_memoSetForm;
+  std::unique_ptr<TPBXRecords> m_pbxRecords;
+  std::unique_ptr<TForm_MoringCallLog> m_moringCallLog;
 
-  void WireGuest(); // Main_Guest.cpp, from the constructor
+  void WireGuest();   // Main_Guest.cpp, from the constructor
+  void WireRecords(); // Main_Records.cpp, after WireGuest
   void LanguageApplied() override;
 };

@@ -67,7 +67,7 @@ void TExtsView::ExtsView_Init() {
       m_extsRecNo.insert(ADOQuery_Exts.AsInteger(u"PortID"_s), ADOQuery_Exts.RecNo());
   });
   AdvStringGrid_Exts.SetColumnHidden(TExtGridModel::ColSpare, true);
-  // The record views' first search joins here with their own page.
+  emit recordSearchRequested();
 }
 
 void TExtsView::Ext_SetColumnTitles() {
@@ -388,5 +388,8 @@ void TExtsView::N29Click() {
 }
 
 void TExtsView::N25Click() {
-  WriteLog(u"叫醒记录: the wake-up log window is not there yet (ID %1)"_s.arg(Ext_CurrentID()));
+  if (Ext_CurrentID() < 0)
+    return;
+  emit moringCallLogRequested(
+      AdvStringGrid_Exts.Cell(AdvStringGrid_Exts.CurrentSlot(), TExtGridModel::ColTelNos));
 }

@@ -101,6 +101,10 @@ signals:
   void nodisturbRequested(int id);  // column 8
   void voiceMailRequested(int id);  // column 9
   void memoRequested(int id);       // column 10
+  // The record views: their first search at start, and the wake-up log of one
+  // extension's number (N25).
+  void recordSearchRequested();
+  void moringCallLogRequested(const QString &ext);
 
 private:
   TExt_Record RecordOf(int id, bool withStatus) const;

@@ -23,6 +23,13 @@ public:
   virtual bool Question(const QString &text) = 0;
   // An open-file dialog; an empty result means cancelled.
   virtual QString ChooseOpenFile(const QString &filter, const QString &startPath) = 0;
+  // A save-file dialog starting at a suggested path; an empty result means
+  // cancelled. A shell that can't ask saves nothing.
+  virtual QString ChooseSaveFile(const QString &filter, const QString &suggestedPath) {
+    (void)filter;
+    (void)suggestedPath;
+    return QString();
+  }
   // The desktop's "open" of a URL (mailto:, http://, ...) or a program with
   // parameters. Nothing here waits for it.
   virtual void Open(const QString &target, const QString &parameters) = 0;

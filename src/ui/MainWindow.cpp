@@ -12,6 +12,7 @@
 #include "ui/DeviceTestPanelView.h"
 #include "ui/DirectoryView.h"
 #include "ui/Named.h"
+#include "ui/RecordsPage.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -140,6 +141,8 @@ TMainWindow::TMainWindow(TMain_Form &main, QWidget *parent) : QMainWindow(parent
   m_pages->addTab(m_boardPage, u"分机状态"_s);
   for (QWidget *page : BuildDirectoryPages(main.Pages(), m_pages))
     m_pages->addTab(page, page->windowTitle());
+  QWidget *records = BuildRecordsPage(main, m_pages);
+  m_pages->addTab(records, records->windowTitle());
   // The directory's handlers bring their page to the front by its name.
   connect(&main.Pages(), &TDirectoryPages::pageRequested, this, [this](TDirectoryPages::Page page) {
     const QString name =
@@ -241,6 +244,8 @@ void TMainWindow::BuildMenuAndToolbar() {
                    [this] { m_main.RingTone_TeSpeedButtonClick(); });
   add(u"TeSpeedButton_APIExcute"_s, u"外部调用"_s,
       [this] { m_main.Pages().TeSpeedButton_APIExcuteClick(); });
+  add(u"tefxButton_MCallRecord"_s, u"叫醒记录"_s,
+      [this] { RunGuarded([this] { m_main.tefxButton_MCallRecordClick(); }); });
 
   // How a ringing call is announced: four choices, one checked.
   auto *popMenu = new QMenu(this);

@@ -77,6 +77,12 @@ QString WidgetShell::ChooseOpenFile(const QString &filter, const QString &startP
   return QFileDialog::getOpenFileName(m_window, QString(), startPath, qtFilter);
 }
 
+QString WidgetShell::ChooseSaveFile(const QString &filter, const QString &suggestedPath) {
+  if (m_headless)
+    return QString();
+  return QFileDialog::getSaveFileName(m_window, QString(), suggestedPath, filter);
+}
+
 void WidgetShell::Open(const QString &target, const QString &parameters) {
   WriteLog(u"Open: "_s + target + u' ' + parameters);
   const QUrl url(target);

@@ -34,6 +34,7 @@ public:
   void Message(MessageKind kind, const QString &text) override;
   bool Question(const QString &text) override;
   QString ChooseOpenFile(const QString &filter, const QString &startPath) override;
+  QString ChooseSaveFile(const QString &filter, const QString &suggestedPath) override;
   void Open(const QString &target, const QString &parameters) override;
   void HintAt(const QString &title, const QString &text, int ms, int x, int y) override;
   void RingStart() override;

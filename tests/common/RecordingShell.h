@@ -35,6 +35,11 @@ public:
     FileFilters.append(filter);
     return FileToChoose;
   }
+  QString ChooseSaveFile(const QString &filter, const QString &suggested) override {
+    FileFilters.append(filter);
+    SuggestedSaves.append(suggested);
+    return FileToSave;
+  }
 
   void Open(const QString &target, const QString &parameters) override {
     Opened.append(target + (parameters.isEmpty() ? QString() : u' ' + parameters));
@@ -66,4 +71,6 @@ public:
   QStringList FileFilters;
   bool Answer = false;
   QString FileToChoose;
+  QStringList SuggestedSaves;
+  QString FileToSave;
 };

@@ -385,6 +385,7 @@ private slots:
     QTest::newRow("clock of two times") << u"at 0 clock 202701030700 202701030701"_s;
     QTest::newRow("wakeresult what") << u"at 0 wakeresult 8001 maybe"_s;
     QTest::newRow("wakeresult negative ring") << u"at 0 wakeresult 8001 answer -5"_s;
+    QTest::newRow("records at no rate") << u"at 0 records -1"_s;
   }
   void badScriptRunsNothing() {
     QFETCH(QString, line);

@@ -622,6 +622,26 @@ private slots:
     QCOMPARE(I16At(record, 60), 2);
     QCOMPARE(I16At(record, 62), 3);
   }
+
+  void scriptStreamsCallRecords() {
+    Sim->AddDevices(0, 10, 1, u"8001"_s);
+    Sim->AddDevices(10, 2, 5, u"701"_s);
+    QSignalSpy finished(Sim.get(), &ExchangeSim::scriptFinished);
+    QVERIFY(Sim->RunScriptText(u"at 0 records 100\nat 200 records off\n"_s));
+    QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, kWait);
+    const int sent = Sim->CallRecordsSent();
+    QVERIFY(sent > 0);
+    QTRY_COMPARE_WITH_TIMEOUT(Ear->Got.size(), sent, kWait);
+    for (const QNetworkDatagram &g : std::as_const(Ear->Got)) {
+      const QByteArray d = g.data();
+      QCOMPARE(HeaderOf(d).Type, qint16(41));
+      QVERIFY(HeaderOf(d).Id < 10); // a room, never a trunk
+      QCOMPARE(TextAt(d, 16), Sim->Device(HeaderOf(d).Id)->Number.toLatin1());
+      QVERIFY(I16At(d, 60) <= 1 && I16At(d, 62) <= 8);
+    }
+    QTest::qWait(100); // stopped: nothing more comes
+    QCOMPARE(Sim->CallRecordsSent(), sent);
+  }
 };
 
 QTEST_GUILESS_MAIN(SimDevicesTest)

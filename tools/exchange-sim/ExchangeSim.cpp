@@ -28,6 +28,7 @@ ExchangeSim::ExchangeSim(QObject *parent) : QObject(parent) {
   connect(&LiveTimer, &QTimer::timeout, this, &ExchangeSim::SendLiveStatus);
   connect(&WakeUpTimer, &QTimer::timeout, this, &ExchangeSim::RingDueWakeUps);
   WakeUpTimer.start(1000);
+  connect(&RecordTimer, &QTimer::timeout, this, &ExchangeSim::SendStreamRecord);
   ClassNames = {u"无限制"_s, u"限声讯台"_s, u"国内长途"_s, u"市话"_s, u"内线"_s};
 }
 
@@ -408,6 +409,9 @@ void ExchangeSim::Perform(const ScriptStep &step) {
   case ScriptStep::Kind::WakeResult:
     if (const SimDevice *d = DeviceSet.ByNumber(step.Caller))
       SetWakeUpResult(d->ID, static_cast<WakeUpResult>(step.Value), step.RingMs);
+    break;
+  case ScriptStep::Kind::CallRecords:
+    StartCallRecords(step.Rate); // 0 stops it
     break;
   }
 }

@@ -158,6 +158,11 @@ public:
   bool IsLiveStatusRunning() const { return LiveTimer.isActive(); }
   int LiveStatusSent() const { return LiveSent; }
   void SetRandomSeed(quint32 seed) { Random.seed(seed); }
+  // Call records of random extensions to random numbers, `perSecond` of them
+  // (at most 1000), as a busy hotel's exchange sends them; 0 stops.
+  void StartCallRecords(double perSecond);
+  void StopCallRecords() { RecordTimer.stop(); }
+  int CallRecordsSent() const { return RecordsSent; }
 
   // Wake-ups. The exchange rings a room when its wake-up time comes by the
   // exchange's own clock: the room goes to status 3 (rung back by the
@@ -231,6 +236,7 @@ private:
   bool ChangeMixData(int id, quint16 keepMask, quint16 bits);
   void Changed(int id);
   void SendLiveStatus();
+  void SendStreamRecord();
   void ReportCall(const SimCallStatus &status);
   void RingDueWakeUps();
   void EndWakeUpRing(int id, bool answered);
@@ -276,6 +282,8 @@ private:
   double LiveRate = 0;
   qint64 LiveDueSent = 0; // sent since the stream started
   int LiveSent = 0;
+  QTimer RecordTimer;
+  int RecordsSent = 0;
   QRandomGenerator Random{QRandomGenerator::securelySeeded()};
 
   struct WakeUpPlan {

@@ -170,10 +170,10 @@ QString ParseStep(const QStringList &tokens, ScriptStep *step) {
       if (!ok)
         return u"\"%1\" is not a 16-bit code"_s.arg(code);
     }
-  } else if (verb == u"live"_s) {
-    step->Action = ScriptStep::Kind::Live;
+  } else if (verb == u"live"_s || verb == u"records"_s) {
+    step->Action = verb == u"live"_s ? ScriptStep::Kind::Live : ScriptStep::Kind::CallRecords;
     if (args.size() != 1)
-      return u"live takes a rate a second or \"off\""_s;
+      return u"%1 takes a rate a second or \"off\""_s.arg(verb);
     if (args.at(0) != u"off"_s) {
       step->Rate = args.at(0).toDouble(&ok);
       if (!ok || !(step->Rate > 0))

@@ -32,6 +32,7 @@
 //   at 100  mixdata 5 0x0245       device 5's status word changes, and says so
 //   at 200  cdr 8001 13900001111 [asstype [direction [rectype]]]   a call record
 //   at 0    live 50                random status changes, 50 a second; "live off" stops
+//   at 500  records 2              call records of random rooms, 2 a second; "records off" stops
 //
 // Wake-ups, which the exchange rings by its own clock:
 //   at 0    clock 202701030659     the exchange's clock reads this now (seconds may
@@ -79,6 +80,7 @@ struct ScriptStep {
     Live,
     Clock,
     WakeResult,
+    CallRecords,
   };
   Kind Action = Kind::Drop;
   int At = 0;   // ms after the start
@@ -96,7 +98,7 @@ struct ScriptStep {
   int Device = 0;
   int Value = 0;       // the status of Status, the word of MixData, the count of Hold/Delay
   int DelayMs = 0;     // how late Delay sends
-  double Rate = 0;     // events a second of Live; 0 stops the stream
+  double Rate = 0;     // events a second of Live and CallRecords; 0 stops the stream
   QList<qint16> Codes; // associated type, direction and record type of CallRecord
   QDateTime Moment;    // the time of Clock
   int RingMs = -1;     // of WakeResult; negative: random
