@@ -1,6 +1,6 @@
 // Bytes from the exchange's TCP link: each read of up to the longest block goes
-// through the arrival check, the walk, the dispatcher and every packet handler,
-// with the real store behind them.
+// through the arrival check into the ring, and from its slot through the walk,
+// the dispatcher and every packet handler, with the real store behind them.
 #include "FuzzConsole.h"
 #include "FuzzHome.h"
 #include "FuzzTarget.h"
@@ -22,7 +22,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const char *bytes = reinterpret_cast<const char *>(data);
   for (size_t at = 0; at < size; at += size_t(kMaxReadLength)) {
     const int length = int(qMin<size_t>(size - at, size_t(kMaxReadLength)));
-    link.ProcessSocketBlock(bytes + at, length);
+    const int slot = link.EnqueueRead(bytes + at, length);
+    if (slot >= 0)
+      link.Synchro_ProcessSocketDatas(slot);
   }
   // Handlers that post their work (store writes, refreshes) run it now.
   QCoreApplication::processEvents();

@@ -57,8 +57,10 @@ void TExchangeLink::Winsock_TCPDataArrival(int bytesTotal) {
     return;
   }
   const QByteArray data = m_socket->GetData();
-  const int count = int(qMin<qsizetype>(data.size(), kMaxReadLength));
-  const char *bytes = data.constData();
+  EnqueueRead(data.constData(), int(qMin<qsizetype>(data.size(), kMaxReadLength)));
+}
+
+int TExchangeLink::EnqueueRead(const char *bytes, int count) {
 
   if (LogEnabled()) {
     QString trace = u":"_s;
@@ -74,7 +76,7 @@ void TExchangeLink::Winsock_TCPDataArrival(int bytesTotal) {
   if (count >= 4 && GetU32(bytes, 0) != kPacketMagic) {
     WriteLog(u"数据包异常，数据被篡改，忽略处理!"_s);
     WriteLog(u"End!!!----------------------------------------------"_s);
-    return;
+    return -1;
   }
 
   const int write = m_queue->WriteIndex.load();
@@ -85,6 +87,7 @@ void TExchangeLink::Winsock_TCPDataArrival(int bytesTotal) {
   if (m_worker)
     m_worker->Wake();
   WriteLog(u"End----------------------------------------------"_s);
+  return write;
 }
 
 void TExchangeLink::Synchro_ProcessSocketDatas(int slot) {

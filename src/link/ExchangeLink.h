@@ -35,6 +35,9 @@ public:
 
   // The arrival event: checks and enqueues one read.
   void Winsock_TCPDataArrival(int bytesTotal);
+  // The arrival's check and store of one read (at most kMaxReadLength bytes):
+  // the slot it went to, or -1 when the read was refused.
+  int EnqueueRead(const char *bytes, int count);
   // Runs on the main thread for the worker: walks one slot.
   void Synchro_ProcessSocketDatas(int slot);
   // The walk: every packet of a block, in order.
