@@ -99,11 +99,3 @@ static void BM_Enumerate3072(benchmark::State &state) {
   }
 }
 BENCHMARK(BM_Enumerate3072)->UseManualTime()->Iterations(3)->Unit(benchmark::kMillisecond);
-
-int main(int argc, char **argv) {
-  QCoreApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
-}

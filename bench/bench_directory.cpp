@@ -97,11 +97,3 @@ static void BM_ShowCallerInfo_100k_Internal(benchmark::State &state) {
     pages.ShowCallerInfo(u"Phone1"_s, u"8123"_s);
 }
 BENCHMARK(BM_ShowCallerInfo_100k_Internal)->Unit(benchmark::kMillisecond);
-
-int main(int argc, char **argv) {
-  QCoreApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
-}

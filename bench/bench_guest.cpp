@@ -108,11 +108,3 @@ static void BM_TickWith300DailyWakeUps(benchmark::State &state) {
   state.counters["packets per tick"] = double(g_sent) / double(state.iterations());
 }
 BENCHMARK(BM_TickWith300DailyWakeUps)->Unit(benchmark::kMillisecond);
-
-int main(int argc, char **argv) {
-  QCoreApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
-}

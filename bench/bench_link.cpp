@@ -84,11 +84,3 @@ static void BM_LoopbackPulses(benchmark::State &state) {
   state.SetItemsProcessed(state.iterations() * kPulses);
 }
 BENCHMARK(BM_LoopbackPulses)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
-
-int main(int argc, char **argv) {
-  QCoreApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
-}

@@ -108,11 +108,3 @@ static void BM_MemoryWith3072Devices(benchmark::State &state) {
   }
 }
 BENCHMARK(BM_MemoryWith3072Devices)->UseManualTime()->Iterations(1);
-
-int main(int argc, char **argv) {
-  QCoreApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
-}

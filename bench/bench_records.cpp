@@ -187,11 +187,3 @@ static void BM_Export100kFloor(benchmark::State &state) {
   }
 }
 BENCHMARK(BM_Export100kFloor)->Unit(benchmark::kMillisecond);
-
-int main(int argc, char **argv) {
-  QCoreApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
-}

@@ -161,11 +161,3 @@ static void BM_MinuteOfLockedStore(benchmark::State &state) {
   }
 }
 BENCHMARK(BM_MinuteOfLockedStore)->Unit(benchmark::kMillisecond)->Iterations(1);
-
-int main(int argc, char **argv) {
-  QCoreApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
-}

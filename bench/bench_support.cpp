@@ -43,11 +43,3 @@ static void BM_WriteLogLine(benchmark::State &state) {
   SysConfig().Debug = 0;
 }
 BENCHMARK(BM_WriteLogLine)->Unit(benchmark::kMicrosecond);
-
-int main(int argc, char **argv) {
-  QCoreApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
-}

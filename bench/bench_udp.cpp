@@ -218,11 +218,3 @@ static void BM_StatusBurstFloor(benchmark::State &state) {
       socket.socketOption(QAbstractSocket::ReceiveBufferSizeSocketOption).toDouble();
 }
 BENCHMARK(BM_StatusBurstFloor)->UseManualTime()->Iterations(3)->Unit(benchmark::kMillisecond);
-
-int main(int argc, char **argv) {
-  QCoreApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
-}

@@ -30,6 +30,7 @@ class TPBXRecords;
 class TMoringCall_Form;
 class TNetModule;
 class TPhoneBoard;
+struct TPhoneTis;
 class TLogin_Form;
 class TUserInfo_Form;
 
@@ -329,6 +330,11 @@ private:
   std::unique_ptr<TPBXRecords> m_pbxRecords;
   std::unique_ptr<TForm_MoringCallLog> m_moringCallLog;
 
+  // Transfers of the board's and the list's menus and of the to-number key.
+  void TransferToIdle(const TPhoneTis *p, int holdWaitMs, int releaseWaitMs,
+                      bool yieldAfterRelease);
+  void TransferSteps(const QString &number, int holdWaitMs, int releaseWaitMs,
+                     bool yieldAfterRelease, bool divert);
   void WireGuest();   // Main_Guest.cpp, from the constructor
   void WireRecords(); // Main_Records.cpp, after WireGuest
   void LanguageApplied() override;

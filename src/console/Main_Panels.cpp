@@ -66,25 +66,7 @@ void TMain_Form::test1Click() {
 }
 
 void TMain_Form::N15Click() {
-  const TPhoneTis *p = m_devices->Device(MenuDeviceID);
-  if (!p)
-    return;
-  if (p->Status != 1) {
-    TheShell().Balloon(LangText(418), LangText(419), 10, BalloonIcon::Warning);
-    return;
-  }
-  const QString number = p->TelNos; // the record may change while events run
-  const quint8 state = SysParam().CallState;
-  if (state == 7) {
-    SendPhoneCommand(131);
-    WaitWithEvents(300);
-    SendPhoneCommand(130);
-    WaitWithEvents(200);
-    DialNumber(number);
-  } else if (state == 4) {
-    SendPhoneCommand(130);
-    DialNumber(number);
-  }
+  TransferToIdle(m_devices->Device(MenuDeviceID), 300, 200, false);
 }
 
 void TMain_Form::N21Click() {
@@ -98,44 +80,51 @@ void TMain_Form::N21Click() {
 }
 
 void TMain_Form::N22Click() {
-  const TPhoneTis *p = m_devices->Device(m_extsView->Ext_CurrentID());
+  TransferToIdle(m_devices->Device(m_extsView->Ext_CurrentID()), 100, 100, true);
+}
+
+// A transfer goes only to an idle extension; the operator hears why otherwise.
+void TMain_Form::TransferToIdle(const TPhoneTis *p, int holdWaitMs, int releaseWaitMs,
+                                bool yieldAfterRelease) {
   if (!p)
     return;
   if (p->Status != 1) {
     TheShell().Balloon(LangText(418), LangText(419), 10, BalloonIcon::Warning);
     return;
   }
-  // Events run between the steps and may move the grid: keep the number, not the row.
-  const QString number = p->TelNos;
+  // Events run between the steps and may move the board or the grid: keep the
+  // number, not the record.
+  TransferSteps(p->TelNos, holdWaitMs, releaseWaitMs, yieldAfterRelease, false);
+}
+
+// By the console's own call: talking (7) puts the call on hold, releases and
+// dials; a call on hold (4) releases and dials; any other state does nothing.
+// The menus wait as they always did (the board's transfer longer than the
+// list's); only the list lets events in after a lone release.
+void TMain_Form::TransferSteps(const QString &number, int holdWaitMs, int releaseWaitMs,
+                               bool yieldAfterRelease, bool divert) {
   const quint8 state = SysParam().CallState;
   if (state == 7) {
     SendPhoneCommand(131);
-    WaitWithEvents(100);
+    WaitWithEvents(holdWaitMs);
     SendPhoneCommand(130);
-    WaitWithEvents(100);
-    DialNumber(number);
+    WaitWithEvents(releaseWaitMs);
+    if (divert)
+      DivertNumber(number);
+    else
+      DialNumber(number);
   } else if (state == 4) {
     SendPhoneCommand(130);
-    QCoreApplication::processEvents();
+    if (yieldAfterRelease)
+      QCoreApplication::processEvents();
     DialNumber(number);
   }
 }
 
 void TMain_Form::tefxSpeedButton2Click() {
   const QString number = dial_TeSComboBox_Text.trimmed();
-  if (number.isEmpty())
-    return;
-  const quint8 state = SysParam().CallState;
-  if (state == 7) {
-    SendPhoneCommand(131);
-    WaitWithEvents(100);
-    SendPhoneCommand(130);
-    WaitWithEvents(100);
-    DivertNumber(number);
-  } else if (state == 4) {
-    SendPhoneCommand(130);
-    DialNumber(number);
-  }
+  if (!number.isEmpty())
+    TransferSteps(number, 100, 100, false, true);
 }
 
 void TMain_Form::PopMenu_ResetTrunkClick() {
