@@ -3,6 +3,7 @@
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
 #include "console/Main_Form.h"
+#include "guest/Hint_Form.h"
 #include "link/Public_Unit.h"
 #include "link/SysParam.h"
 #include "devices/CallControlDev.h"
@@ -166,6 +167,10 @@ private slots:
     d.main.Template_PhoneSpeedButtonClick(41); // a SIP trunk: the dialog
     QCOMPARE(dialog.size(), 1);
     QCOMPARE(d.main.CurrentDeviceID, 41);
+    // At the panel the class dialog stands modal over the board, on that device.
+    QCOMPARE(d.main.Hint_Form().Target, 41);
+    QVERIFY(d.main.Hint_Form().Modal);
+    QVERIFY(d.main.Hint_Form().TelNos_LMDLabel.endsWith(u":2"_s));
   }
 
   void findExtensionIsExactAndScrollsIntoView() {
