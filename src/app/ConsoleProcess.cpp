@@ -89,8 +89,18 @@ bool ConsoleProcess::Start(const QString &home, bool autoLogin, quint16 udpPort)
     events.refreshMixShow(id, mixData);
   };
   connect(m_main.get(), &TMain_Form::udpLoggedInChanged, m_udp.get(), &TUDPMainForm::SetLoggedIn);
-  // A stored call record shows at once on the call-record page.
-  m_udp->SpeedButton_FindClick = [this] { m_main->PBXRecords().SpeedButton_FindClick(); };
+  // A stored call record shows on the call-record page within a moment. The
+  // search runs once for all records of a burst: one search per record would
+  // hold the main thread long enough at a busy exchange's rate for the kernel
+  // to drop datagrams, and each search would write the waiting records one by one.
+  m_recordsRefresh.setSingleShot(true);
+  m_recordsRefresh.setInterval(kRecordsRefreshMs);
+  connect(&m_recordsRefresh, &QTimer::timeout, this,
+          [this] { m_main->PBXRecords().SpeedButton_FindClick(); });
+  m_udp->SpeedButton_FindClick = [this] {
+    if (!m_recordsRefresh.isActive())
+      m_recordsRefresh.start();
+  };
   if (!m_udp->FormCreate())
     return false;
 

@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QTimer>
 
 #include <memory>
 
@@ -63,4 +64,8 @@ private:
   std::unique_ptr<TGSM_Form> m_gsm;
   std::unique_ptr<TUDPMainForm> m_udp;
   bool m_closed = false;
+  // The call-record page searches again after stored records, at most once in
+  // this interval: a burst of records then costs one search, not one each.
+  QTimer m_recordsRefresh;
+  static constexpr int kRecordsRefreshMs = 250;
 };
