@@ -4,6 +4,7 @@
 #include "devices/NetModule.h"
 #include "guest/ExtsView.h"
 #include "guest/MoringCall.h"
+#include "link/SysParam.h"
 #include "support/Clock.h"
 #include "support/LanguagePack.h"
 #include "support/LanguageTable.h"
@@ -152,6 +153,8 @@ void TMoringCall_Form::TeButton_MoringCallSet_MultiClick() {
     TheShell().Message(MessageKind::Warning, u"警告提示:请先选择!"_s);
     return;
   }
+  if (SysParam().MyID == kNoSession)
+    WriteLog(u"Batch wake-up not started: no session with the exchange (first ID %1)"_s.arg(id));
   m_net.DstID = id;
   // The first checked room goes out as a single apply would send it; the walk
   // over the rest steps on the exchange's acknowledgements and joins here with
