@@ -4,6 +4,7 @@
 #include "devices/NetModule.h"
 #include "guest/ExtsView.h"
 #include "guest/MoringCall.h"
+#include "link/Public_Unit.h"
 #include "link/SysParam.h"
 #include "support/Clock.h"
 #include "support/LanguagePack.h"
