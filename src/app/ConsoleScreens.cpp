@@ -259,6 +259,16 @@ bool ConsoleScreens::WritePictures(const QString &file) {
       pages->setCurrentIndex(current);
     }
   }
+  // The room dialogs show the list's current room, as its double click opens them.
+  TMain_Form &main = *m_process.Main();
+  if (const int room = main.ExtsView().Ext_CurrentID(); room >= 0) {
+    RunGuarded([&] {
+      main.OpenSrvClass(room, false);
+      main.OpenNodisturb(room);
+      main.OpenVoiceMail(room);
+      main.OpenMemoSet(room);
+    });
+  }
   for (QWidget *window : m_window->findChildren<QWidget *>()) {
     if (!window->isWindow() || qobject_cast<QMenu *>(window) || window->objectName().isEmpty())
       continue;

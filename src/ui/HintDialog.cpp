@@ -31,6 +31,7 @@ HintDialog::HintDialog(THint_Form &logic, QWidget *parent) : QDialog(parent), m_
   m_multi = NamedButton(u"TeButton_srvClsApply_Multi"_s, u"批量应用..."_s, this);
   auto *close = NamedButton(u"TeButton2"_s, u"X"_s, this);
   close->setToolTip(u"关闭"_s);
+  close->setMaximumWidth(40); // a close mark, not a third word
   auto *keys = new QHBoxLayout;
   keys->addStretch(1);
   keys->addWidget(m_apply);
@@ -42,6 +43,7 @@ HintDialog::HintDialog(THint_Form &logic, QWidget *parent) : QDialog(parent), m_
   outer->addLayout(form);
   outer->addSpacing(6);
   outer->addLayout(keys);
+  setMinimumWidth(340);
 
   BindLanguage(m_logic, this);
 

@@ -30,6 +30,7 @@ MemoSetDialog::MemoSetDialog(TForm_MemoSet &logic, QWidget *parent)
   // Enter belongs to the memo's lines, so no key is the default; Escape cancels.
   auto *keys = new QHBoxLayout;
   keys->addWidget(filter);
+  keys->addSpacing(24); // the filter acts on the list, not on the room
   keys->addStretch(1);
   keys->addWidget(m_apply);
   keys->addWidget(m_multi);

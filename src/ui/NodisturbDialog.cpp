@@ -64,7 +64,6 @@ NodisturbDialog::NodisturbDialog(TForm_Nodisturb &logic, QWidget *parent)
   // Set before the binding, which puts the language's own text over it.
   auto *hint = NamedLabel(u"TeLabel_Hint"_s, m_logic.TeLabel_Hint, group);
   hint->setWordWrap(true);
-  hint->setStyleSheet(u"color: palette(mid);"_s);
   grid->addWidget(hint, 3, 0, 1, 5);
 
   m_apply = NamedButton(u"TeButton_Nodisturb_Apply"_s, u"应用..."_s, this);
