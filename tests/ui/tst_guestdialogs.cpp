@@ -9,10 +9,12 @@
 #include "console/Main_Form.h"
 #include "devices/CallControlDev.h"
 #include "directory/SysDM_Unit.h"
+#include "guest/BatchWalk.h"
 #include "guest/ExtsView.h"
 #include "guest/Hint_Form.h"
 #include "guest/Nodisturb_Form.h"
 #include "link/SysParam.h"
+#include "ui/BatchProgress.h"
 #include "ui/ExtsGridView.h"
 #include "ui/ExtsPage.h"
 #include "ui/HintDialog.h"
@@ -183,6 +185,24 @@ private slots:
     QTest::mouseClick(Control<QPushButton>(&d.hint, u"TeButton2"_s), Qt::LeftButton);
     QVERIFY(!d.hint.isVisible());
     QVERIFY(!d.main.Hint_Form().Visible());
+  }
+
+  // The status bar names the room a batch sent for, and lets go when the walk
+  // ends; the dialog is gone meanwhile and the list stays in the operator's hands.
+  void batchShowsItsRoomUntilTheWalkEnds() {
+    Desk d;
+    BatchProgress progress(d.main.BatchWalk(), d.main.CallControlDev(), &d.window);
+    TExtGridModel &g = d.main.ExtsView().AdvStringGrid_Exts;
+    g.SetCheck(g.SlotOfId(2), u"TRUE"_s);
+    d.DoubleClick(0, TExtGridModel::ColVoiceMail);
+    QTest::mouseClick(Control<QPushButton>(&d.voiceMail, u"TeButton_VoiceMail_ApplyMulti"_s),
+                      Qt::LeftButton);
+    QVERIFY(!d.voiceMail.isVisible());
+    QVERIFY(!progress.isHidden());
+    QCOMPARE(Control<QLabel>(&progress, u"TeLabel_Msg_MultiProcess"_s)->text(), u"8003"_s);
+    QVERIFY(d.grid->isEnabled());
+    d.main.BatchWalk().Timer_MultiProcessTimer(); // the clear's specified time-out
+    QVERIFY(progress.isHidden());
   }
 };
 
