@@ -4,6 +4,7 @@
 #include "console/Login_Form.h"
 #include "console/Main_Form.h"
 #include "console/UserInfo_Form.h"
+#include "devices/CallControlDev.h"
 #include "link/SysParam.h"
 #include "devices/GSM_Unit.h"
 #include "directory/DirectoryPages.h"
@@ -17,28 +18,34 @@
 #include "guest/ExtFind_Form.h"
 #include "guest/ExtsView.h"
 #include "guest/MoringCall_Unit.h"
+#include "ui/BatchProgress.h"
 #include "ui/BoardView.h"
 #include "ui/ExtFindWindow.h"
 #include "ui/ExtsGridView.h"
 #include "ui/ExtsPage.h"
 #include "ui/GsmDialog.h"
+#include "ui/HintDialog.h"
 #include "ui/LanguageBinding.h"
 #include "ui/LegendBar.h"
 #include "ui/LoginDialog.h"
 #include "ui/MainWindow.h"
+#include "ui/MemoSetDialog.h"
 #include "ui/MoringCallDialog.h"
 #include "ui/MoringCallLogWindow.h"
 #include "ui/Named.h"
+#include "ui/NodisturbDialog.h"
 #include "ui/PopMsgWindow.h"
 #include "ui/SettingsDialog.h"
 #include "ui/TasksWindow.h"
 #include "ui/UserInfoDialog.h"
+#include "ui/VoiceMailDialog.h"
 #include "ui/WidgetShell.h"
 
 #include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QMenu>
+#include <QStatusBar>
 #include <QSystemTrayIcon>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -141,6 +148,7 @@ void ConsoleScreens::BuildWindows() {
   new ExtFindWindow(main.Form_ExtFind(), m_board, w);
   connect(m_board, &TBoardView::wakeUpRequested, this,
           [&main](int id) { RunGuarded([&] { main.OpenMoringCall(id); }); });
+  BuildGuestDialogs();
   if (auto *tools = w->findChild<QMenu *>(u"N1"_s)) {
     QAction *find = new QAction(u"分机管理..."_s, tools);
     find->setObjectName(u"ExtFind_MenuItem"_s);
@@ -154,6 +162,31 @@ void ConsoleScreens::BuildWindows() {
           [&p](const QString &host) { p.Sysset()->ShowExchangePage(host); });
   connect(w, &TMainWindow::smsRequested, this, [&p] { p.Gsm()->Show(); });
   connect(w, &TMainWindow::tasksRequested, m_tasks, &TasksWindow::Toggle);
+}
+
+// The room dialogs of the extension list, and the status bar's word on a batch.
+void ConsoleScreens::BuildGuestDialogs() {
+  TMain_Form &main = *m_process.Main();
+  TMainWindow *w = m_window.get();
+  auto *hint = new HintDialog(main.Hint_Form(), w);
+  auto *nodisturb = new NodisturbDialog(main.Form_Nodisturb(), w);
+  auto *voiceMail = new VoiceMailDialog(main.Form_VoiceMail_Set(), w);
+  auto *memo = new MemoSetDialog(main.Form_MemoSet(), w);
+  // The board's phone icon: the place is the panel's on the scrolled board.
+  connect(&main, &TMain_Form::srvClassDialogRequested, hint, [this, hint, &main](int, int l, int t) {
+    const TCallControlDev &table = main.CallControlDev();
+    hint->PlaceAt(m_board->viewport()->mapToGlobal(QPoint(l - table.ScrollX, t - table.ScrollY)));
+  });
+  // The logic took the exchange's bar first; an open dialog shows it at once.
+  connect(&main, &TMain_Form::serviceAllowedChanged, this, [=] {
+    hint->RefreshKeys();
+    nodisturb->RefreshKeys();
+    voiceMail->RefreshKeys();
+    memo->RefreshKeys();
+  });
+  auto *progress = new BatchProgress(main.BatchWalk(), main.CallControlDev(), w);
+  w->statusBar()->addWidget(progress);
+  BindLanguage(main, progress);
 }
 
 void ConsoleScreens::WireTray() {
@@ -225,6 +258,16 @@ bool ConsoleScreens::WritePictures(const QString &file) {
       exts->setCurrentIndex(shown);
       pages->setCurrentIndex(current);
     }
+  }
+  // The room dialogs show the list's current room, as its double click opens them.
+  TMain_Form &main = *m_process.Main();
+  if (const int room = main.ExtsView().Ext_CurrentID(); room >= 0) {
+    RunGuarded([&] {
+      main.OpenSrvClass(room, false);
+      main.OpenNodisturb(room);
+      main.OpenVoiceMail(room);
+      main.OpenMemoSet(room);
+    });
   }
   for (QWidget *window : m_window->findChildren<QWidget *>()) {
     if (!window->isWindow() || qobject_cast<QMenu *>(window) || window->objectName().isEmpty())

@@ -41,6 +41,7 @@ public:
 private:
   QWidget *BuildBoardPage();
   void BuildWindows();
+  void BuildGuestDialogs();
   void WireTray();
   void RestoreWindow();
   // After a language switch: what measures or paints its own texts.

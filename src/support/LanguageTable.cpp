@@ -357,6 +357,27 @@ const TLanguageRow kRows[] = {
     {966, "TMain_Form", "ExtFind_MenuItem", TextProperty::Caption, 0},
     {967, "TForm_ExtFind", "Form_ExtFind", TextProperty::Caption, 0},
     {968, "TForm_ExtFind", "tefxButton7", TextProperty::Caption, 0},
+    // The room dialogs of the extension list, and the status bar's word on a running batch
+    {969, "TForm_Nodisturb", "TeLabel_Nodisturb", TextProperty::Caption, 0},
+    {970, "TForm_Nodisturb", "TeGroupBox_Nodisturb", TextProperty::Caption, 0},
+    {971, "TForm_Nodisturb", "TeCheckBox_Time1", TextProperty::Caption, 0},
+    {972, "TForm_Nodisturb", "TeCheckBox_Time2", TextProperty::Caption, 0},
+    {973, "TForm_Nodisturb", "TeCheckBox_Time3", TextProperty::Caption, 0},
+    {974, "TForm_Nodisturb", "TeLabel_Hint", TextProperty::Caption, 0},
+    {975, "TForm_Nodisturb", "TeButton_Nodisturb_Apply", TextProperty::Caption, 0},
+    {976, "TForm_Nodisturb", "TeButton_Nodisturb_ApplyMulti", TextProperty::Caption, 0},
+    {977, "TForm_Nodisturb", "TeButton2", TextProperty::Caption, 0},
+    {978, "THint_Form", "TeButton2", TextProperty::Hint, 0},
+    {979, "TForm_VoiceMail_Set", "TeLabel1", TextProperty::Caption, 0},
+    {980, "TForm_VoiceMail_Set", "TeButton_VoiceMail_Apply", TextProperty::Caption, 0},
+    {981, "TForm_VoiceMail_Set", "TeButton_VoiceMail_ApplyMulti", TextProperty::Caption, 0},
+    {982, "TForm_VoiceMail_Set", "TeButton2", TextProperty::Caption, 0},
+    {983, "TForm_MemoSet", "TeLabel1", TextProperty::Caption, 0},
+    {984, "TForm_MemoSet", "TeButton_MemoSet_Apply", TextProperty::Caption, 0},
+    {985, "TForm_MemoSet", "TeButton_MemoSet_ApplyMulti", TextProperty::Caption, 0},
+    {986, "TForm_MemoSet", "TeButton3", TextProperty::Caption, 0},
+    {987, "TForm_MemoSet", "TeButton2", TextProperty::Caption, 0},
+    {988, "TMain_Form", "TeLabel_Title_MultiProcess", TextProperty::Caption, 0},
 };
 
 } // namespace
