@@ -37,6 +37,7 @@ void TMain_Form::WireGuest() {
 
   exts.LocatePanel = [this](const QString &number) { return FindExtension(number); };
   exts.SrvClassItems = [&events] { return events.SrvClassNames.stringList(); };
+  connect(&events, &TDeviceEvents::srvClassNamesLoaded, &exts, &TExtsView::Ext_RefreshSrvClassColumn);
   exts.RunNoDisturbWindows = [this](int id) { m_nodisturb->RunNoDisturbWindows(id); };
   WireBatchWalk(*m_batchWalk, events, *m_netModule, *m_hintForm, *m_moringCall);
   // A row that can't be read from the store ends that refresh only.

@@ -319,6 +319,7 @@ void TDeviceEvents::processPacketFromSocket_SrvClassName(const char *w) {
   const int index = GetU16(w, 16);
   if (index == 65535) {
     // The names are all in: now the recording server.
+    emit srvClassNamesLoaded();
     SendRecordServerQuery();
     return;
   }

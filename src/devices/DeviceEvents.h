@@ -51,6 +51,8 @@ signals:
   void Ext_AddRow(int id);    // an extension was reported: a grid row
   void Ext_UpdateRow(int id); // its grid row shows new state
   void enumerationFinished();
+  // The exchange's list of service class names is complete.
+  void srvClassNamesLoaded();
   void panelChanged(int id);
   // A wake-up query's answer for the wake-up dialog: the text ("" for none) and
   // the mode 1..3.

@@ -185,9 +185,7 @@ void TExtsView::Ext_RefreshRecord(TExt_Record vExt, int vRow) {
 
   g.SetCell(vRow, TExtGridModel::ColID, QString::number(vExt.ID));
   g.SetCell(vRow, TExtGridModel::ColTelNos, vExt.TelNos);
-  QStringList classes = SrvClassItems ? SrvClassItems() : QStringList();
-  if (classes.isEmpty())
-    classes = DefaultSrvClassItems();
+  const QStringList classes = CurrentSrvClassItems();
   if (vExt.SrvClass >= 0 && vExt.SrvClass < classes.size()) {
     g.SetCell(vRow, TExtGridModel::ColSrvClass, classes.at(vExt.SrvClass));
   } else {
@@ -392,4 +390,20 @@ void TExtsView::N25Click() {
     return;
   emit moringCallLogRequested(
       AdvStringGrid_Exts.Cell(AdvStringGrid_Exts.CurrentSlot(), TExtGridModel::ColTelNos));
+}
+
+QStringList TExtsView::CurrentSrvClassItems() const {
+  QStringList classes = SrvClassItems ? SrvClassItems() : QStringList();
+  return classes.isEmpty() ? DefaultSrvClassItems() : classes;
+}
+
+void TExtsView::Ext_RefreshSrvClassColumn() {
+  const QStringList classes = CurrentSrvClassItems();
+  TExtGridModel &g = AdvStringGrid_Exts;
+  for (int slot = 0; slot < g.SlotCount(); ++slot) {
+    bool ok = false;
+    const TPhoneTis *p = m_table.Device(g.Cell(slot, TExtGridModel::ColID).toInt(&ok));
+    if (ok && p && p->SrvClass >= 0 && p->SrvClass < classes.size())
+      g.SetCell(slot, TExtGridModel::ColSrvClass, classes.at(p->SrvClass));
+  }
 }

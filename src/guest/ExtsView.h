@@ -43,6 +43,10 @@ public:
   void Ext_UpdateRow(int id);
   // The join and paint of one row, given by its slot (TExtGridModel::SlotOfId).
   void Ext_RefreshRecord(TExt_Record vExt, int vRow);
+  // The exchange's class names came after the rows were first painted: column
+  // 5 of every row, hidden or not, takes its text from them. Only that column,
+  // so no wake-up result is judged again.
+  void Ext_RefreshSrvClassColumn();
   // The device ID of the current row; -1 (logged) when that row has none.
   int Ext_CurrentID() const;
   // From the grid row fromRow (1 is the first, as the title is row 0) on, the
@@ -107,6 +111,7 @@ signals:
   void moringCallLogRequested(const QString &ext);
 
 private:
+  QStringList CurrentSrvClassItems() const;
   TExt_Record RecordOf(int id, bool withStatus) const;
   void ReadExts(TExt_Record &vExt);
   void LogMoringResults(const TExt_Record &vExt, const TExt_Record &last);

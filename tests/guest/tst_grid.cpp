@@ -27,6 +27,10 @@ private slots:
     QCOMPARE(d.CellOf(7, G::ColVoiceMail), u"无"_s);
     QCOMPARE(d.CellOf(4, G::ColSrvClass), u"1:无限制"_s);
     QCOMPARE(d.exts.AdvStringGrid_Exts.Check(d.exts.AdvStringGrid_Exts.SlotOfId(4)), u"FALSE"_s);
+    // The exchange's class names come after the rows; the class column follows them.
+    d.exts.SrvClassItems = [] { return QStringList{u"1:客房"_s}; };
+    d.exts.Ext_RefreshSrvClassColumn();
+    QCOMPARE(d.CellOf(4, G::ColSrvClass), u"1:客房"_s);
   }
 
   void refreshKeepsChecksWhileSorted() {
