@@ -1,7 +1,8 @@
 // The directory's costs on a store that has run for years: storing one call
-// with a million calls logged, and looking a caller up in a book of a hundred
-// thousand contacts, both once per ring.
+// with a million calls logged, and looking a caller up in books of up to a
+// million contacts, both once per ring.
 #include "directory/DirectoryPages.h"
+#include "directory/Query.h"
 #include "directory/SysDM_Unit.h"
 #include "support/Paths.h"
 #include "support/Settings.h"
@@ -12,13 +13,14 @@
 
 #include <benchmark/benchmark.h>
 
+#include <map>
+
 using namespace Qt::StringLiterals;
 
 namespace {
 constexpr int kLoggedCalls = 1'000'000;
-constexpr int kContacts = 100'000;
 
-// One store for every benchmark, filled once, in one transaction per table.
+// The call log's store, filled once, in one transaction.
 struct FilledStore {
   QTemporaryDir home;
   TDirectoryPages pages;
@@ -41,22 +43,6 @@ struct FilledStore {
       calls.exec();
     }
     db.commit();
-
-    db.transaction();
-    QSqlQuery contacts(db);
-    contacts.prepare(
-        u"INSERT INTO MainInfo (Name, Phone1, MobilePhone, Company) VALUES (?,?,?,?)"_s);
-    for (int i = 0; i < kContacts; ++i) {
-      contacts.bindValue(0, u"客户%1"_s.arg(i));
-      // Every tenth an internal extension, the rest outside lines.
-      contacts.bindValue(1, i % 10 == 0
-                                ? u"8%1"_s.arg(i % 1000, 3, 10, QLatin1Char('0'))
-                                : u"021%1"_s.arg(i * 37 % 100'000'000, 8, 10, QLatin1Char('0')));
-      contacts.bindValue(2, u"138%1"_s.arg(i * 7919 % 100'000'000, 8, 10, QLatin1Char('0')));
-      contacts.bindValue(3, u"公司%1"_s.arg(i % 500));
-      contacts.exec();
-    }
-    db.commit();
   }
 };
 
@@ -73,27 +59,86 @@ static void BM_AddConRecord_1M(benchmark::State &state) {
 }
 BENCHMARK(BM_AddConRecord_1M)->Unit(benchmark::kMillisecond);
 
-// A long outside number that one contact holds, and one nobody holds.
-static void BM_ShowCallerInfo_100k_Found(benchmark::State &state) {
-  TDirectoryPages &pages = Store().pages;
-  const QString number = u"021%1"_s.arg(4321 * 37 % 100'000'000, 8, 10, QLatin1Char('0'));
-  for (auto _ : state)
-    pages.ShowCallerInfo(u"Phone1"_s, number);
-  state.SetLabel(pages.CurrentConID == -1 ? "not found" : "found");
-}
-BENCHMARK(BM_ShowCallerInfo_100k_Found)->Unit(benchmark::kMillisecond);
+// The caller lookups at 10k, 100k and 1M contacts, through the key table and,
+// as the baseline in the same run, as the plain statements that read every
+// contact. Each size has its own store, filled once.
+namespace {
+struct Book {
+  QTemporaryDir dir;
+  QString file;
+};
 
-static void BM_ShowCallerInfo_100k_Unknown(benchmark::State &state) {
-  TDirectoryPages &pages = Store().pages;
-  for (auto _ : state)
-    pages.ShowCallerInfo(u"Phone1"_s, u"13712345678"_s);
+QString OutsideNumber(int i) {
+  return u"021%1"_s.arg(i * 37 % 100'000'000, 8, 10, QLatin1Char('0'));
 }
-BENCHMARK(BM_ShowCallerInfo_100k_Unknown)->Unit(benchmark::kMillisecond);
 
-// An internal extension: the short statement.
-static void BM_ShowCallerInfo_100k_Internal(benchmark::State &state) {
-  TDirectoryPages &pages = Store().pages;
-  for (auto _ : state)
-    pages.ShowCallerInfo(u"Phone1"_s, u"8123"_s);
+void OpenBook(int contacts) {
+  static std::map<int, Book> books;
+  static int open = 0;
+  if (open == contacts)
+    return;
+  Book &book = books[contacts];
+  if (book.file.isEmpty()) {
+    book.file = book.dir.filePath(u"book.db"_s);
+    SysConfig().DBFile.clear();
+    SetAppPath(book.dir.path());
+    Sys_DM().DataModuleCreate();
+    QSqlDatabase db = StoreConnection();
+    db.transaction();
+    QSqlQuery q(db);
+    q.prepare(u"INSERT INTO MainInfo (Name, Phone1, MobilePhone, Company) VALUES (?,?,?,?)"_s);
+    for (int i = 0; i < contacts; ++i) {
+      q.bindValue(0, u"客户%1"_s.arg(i));
+      // Every tenth an internal extension, the rest outside lines.
+      q.bindValue(1, i % 10 == 0 ? u"8%1"_s.arg(i % 1000, 3, 10, QLatin1Char('0'))
+                                 : OutsideNumber(i));
+      q.bindValue(2, u"138%1"_s.arg(i * 7919 % 100'000'000, 8, 10, QLatin1Char('0')));
+      q.bindValue(3, u"公司%1"_s.arg(i % 500));
+      q.exec();
+    }
+    db.commit();
+    book.file = Sys_DM().FileName();
+  }
+  SysConfig().DBFile = book.file;
+  Sys_DM().DataModuleCreate();
+  open = contacts;
 }
-BENCHMARK(BM_ShowCallerInfo_100k_Internal)->Unit(benchmark::kMillisecond);
+
+// A ring's lookup for a number one contact holds (what the call page shows),
+// and the call-list row's stricter match for it.
+void Lookup(benchmark::State &state, LookupPlan plan) {
+  OpenBook(int(state.range(0)));
+  const QString number = OutsideNumber(4321);
+  TADOQuery q;
+  for (auto _ : state) {
+    Sys_DM().OpenSQL(CallerLookupSQL(u"Phone1"_s, number, plan), q);
+    Sys_DM().OpenSQL(CallTailSQL(u"Phone1"_s, number, plan), q);
+  }
+  state.SetLabel(q.IsEmpty() ? "not found" : "found");
+}
+
+// An internal extension that nobody holds: the short statement.
+void LookupInternal(benchmark::State &state, LookupPlan plan) {
+  OpenBook(int(state.range(0)));
+  TADOQuery q;
+  for (auto _ : state)
+    Sys_DM().OpenSQL(CallerLookupSQL(u"Phone1"_s, u"8123"_s, plan), q);
+}
+} // namespace
+
+static void BM_CallerLookup(benchmark::State &state) {
+  Lookup(state, LookupPlan::Indexed);
+}
+static void BM_CallerLookup_Plain(benchmark::State &state) {
+  Lookup(state, LookupPlan::Plain);
+}
+static void BM_CallerLookup_Internal(benchmark::State &state) {
+  LookupInternal(state, LookupPlan::Indexed);
+}
+static void BM_CallerLookup_Internal_Plain(benchmark::State &state) {
+  LookupInternal(state, LookupPlan::Plain);
+}
+BENCHMARK(BM_CallerLookup)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CallerLookup_Plain)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CallerLookup_Internal)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CallerLookup_Internal_Plain)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);

@@ -9,6 +9,8 @@
 #include "devices/DeviceEvents.h"
 #include "devices/PhoneBoard.h"
 #include "directory/DirectoryPages.h"
+#include "directory/StoreError.h"
+#include "directory/SysDM_Unit.h"
 #include "guest/BatchWalk.h"
 #include "guest/ExtFind_Form.h"
 #include "guest/ExtsView.h"
@@ -144,6 +146,16 @@ void TMain_Form::SetFront(FrontPanel panel) {
 }
 
 void TMain_Form::LoadConRecords() {
+  // After every login the missed, answered and dialled lists start again from
+  // the latest hundred logged calls. A store that failed at start, or fails now,
+  // leaves them as they are (or partly filled) and says so in the log.
+  if (m_pages && Sys_DM().Connected()) {
+    try {
+      m_pages->LoadConRecords();
+    } catch (const EDatabaseError &e) {
+      WriteLog(u"The call lists were not rebuilt: "_s + e.Message());
+    }
+  }
   emit callListsReloadRequested();
 }
 void TMain_Form::LoadPhones_tefxButtonClick() {

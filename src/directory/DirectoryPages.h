@@ -279,6 +279,17 @@ private:
   int m_loadGeneration = 0;
 };
 
+// How a lookup statement reads the contacts: through the store's key table
+// (what the console runs), or every row (the same answer, kept to check the
+// first against and to measure it by).
+enum class LookupPlan { Indexed, Plain };
+
 // The caller-lookup statement for a number: numbers of seven characters and more
 // seek stored numbers longer than six, shorter ones only short stored numbers.
-QString CallerLookupSQL(const QString &field, const QString &number);
+QString CallerLookupSQL(const QString &field, const QString &number,
+                        LookupPlan plan = LookupPlan::Indexed);
+
+// The call lists' stricter match: a stored number whose last seven characters
+// are the number's.
+QString CallTailSQL(const QString &field, const QString &number,
+                    LookupPlan plan = LookupPlan::Indexed);

@@ -14,18 +14,68 @@
 
 using namespace Qt::StringLiterals;
 
-QString CallerLookupSQL(const QString &field, const QString &number) {
+namespace {
+// The caller's last seven characters as right() takes them.
+QString LastSeven(const QString &number) {
+  QString text = number;
+  text.remove(QChar(0)); // as the statement text has it
+  qsizetype from = text.size();
+  for (int n = 0; n < 7 && from > 0; ++n) {
+    --from;
+    if (text[from].isLowSurrogate() && from > 0 && text[from - 1].isHighSurrogate())
+      --from;
+  }
+  return text.mid(from);
+}
+
+// Only the two number fields have keys.
+bool KeyedField(const QString &field) {
+  return field.compare(u"phone1"_s, Qt::CaseInsensitive) == 0 ||
+         field.compare(u"mobilePhone"_s, Qt::CaseInsensitive) == 0;
+}
+
+// The contacts that may match: those holding the tail's key (the store keeps a
+// key for every run of seven characters of a number, every part of a shorter
+// one, lowered as like folds letters), and those with a number too long to
+// have keys. The full condition still decides.
+QString KeyedContacts(const QString &n) {
+  return u"ID in (select ContactID from CallerKeys where Key in (lower(right('"_s + n +
+         u"',7)), '"_s + QString::fromUtf16(TSys_DM::kCallerKeyLong) + u"')) and "_s;
+}
+} // namespace
+
+QString CallerLookupSQL(const QString &field, const QString &number, LookupPlan plan) {
   // Both forms hold the caller's last seven characters anywhere in the stored
   // number; the length test keeps an internal extension from matching an
   // outside number that happens to contain it. The shortest stored number wins.
   const QString n = SqlText(number);
   // Counted as len() counts the stored number.
   const QString length = StoredLength(number) < 7 ? u"<=6"_s : u">6"_s;
-  return u"select * from maininfo where ( ( ( "_s + field + u" like '%'&right('"_s + n +
-         u"',7)&'%' ) and ( len(phone1)"_s + length +
-         u" ) ) or ( ( mobilePhone like '%'&right('"_s + n +
-         u"',7)&'%' ) ) and ( len(mobilePhone)"_s + length + u" ) ) order by len("_s + field +
-         u")"_s;
+  const QString condition = u"( ( ( "_s + field + u" like '%'&right('"_s + n +
+                            u"',7)&'%' ) and ( len(phone1)"_s + length +
+                            u" ) ) or ( ( mobilePhone like '%'&right('"_s + n +
+                            u"',7)&'%' ) ) and ( len(mobilePhone)"_s + length + u" ) )"_s;
+  // The key table can't answer a tail that like would read as a pattern (% or
+  // _), nor an empty one, which every short number contains.
+  const QString tail = LastSeven(number);
+  if (plan == LookupPlan::Plain || !KeyedField(field) || tail.isEmpty() ||
+      tail.contains(u'%') || tail.contains(u'_'))
+    return u"select * from maininfo where "_s + condition + u" order by len("_s + field + u")"_s;
+  // Reading every row, the engine keeps the rows of one length in the order of
+  // their IDs; read through the keys it must be told.
+  return u"select * from maininfo where "_s + KeyedContacts(n) + condition + u" order by len("_s +
+         field + u"), ID"_s;
+}
+
+QString CallTailSQL(const QString &field, const QString &number, LookupPlan plan) {
+  const QString n = SqlText(number);
+  const QString condition = u"(right("_s + field + u",7)=right('"_s + n +
+                            u"',7)) or (right(mobilePhone,7)=right('"_s + n + u"',7)) "_s;
+  // An empty tail matches the empty numbers, which have no key.
+  if (plan == LookupPlan::Plain || !KeyedField(field) || LastSeven(number).isEmpty())
+    return u"select * from maininfo where "_s + condition;
+  return u"select * from maininfo where "_s + KeyedContacts(n) + u"("_s + condition +
+         u") order by ID"_s;
 }
 
 void TDirectoryPages::ShowCallerInfo(const QString &field, const QString &number) {
@@ -86,10 +136,7 @@ TLmdlistItemRam TDirectoryPages::BuildLiveCallItem(const QString &field, const Q
   RemoveIncomingItem(number);
   // The lists match on the last seven characters exactly, a quicker and
   // stricter test than the call page's lookup.
-  const QString n = SqlText(number);
-  Sys_DM().OpenSQL(u"select * from maininfo where (right("_s + field + u",7)=right('"_s + n +
-                       u"',7)) or (right(mobilePhone,7)=right('"_s + n + u"',7)) "_s,
-                   Select_ADOQuery);
+  Sys_DM().OpenSQL(CallTailSQL(field, number), Select_ADOQuery);
   TLmdlistItemRam item;
   item.Number = number;
   item.Time = CallItemTime(Now());

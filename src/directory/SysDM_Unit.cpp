@@ -3,6 +3,7 @@
 #include "directory/JetFunctions.h"
 #include "directory/JetSql.h"
 #include "directory/StoreError.h"
+#include "support/Log.h"
 #include "support/Paths.h"
 #include "support/Settings.h"
 
@@ -86,6 +87,103 @@ void GuardedGroup(TSys_DM &dm, std::initializer_list<QString> statements) {
       dm.Execute(s);
   } catch (const EDatabaseError &) {
   }
+}
+
+// The caller lookups ask whether a stored number contains the caller's last
+// seven characters (like, which folds ASCII letters only) or ends with them.
+// Neither can use an ordinary index, so the store keeps a table of keys: each
+// run of seven characters of a number of 7 to 70 characters, every part of a
+// shorter number, and one mark for a longer one (which the lookup then always
+// reads), all with ASCII letters lowered as like folds them. Triggers keep it,
+// in SQL of the engine's own, so a contact written by another program is
+// found as well.
+const QString kKeyMarkLong = QString::fromUtf16(TSys_DM::kCallerKeyLong);
+constexpr int kKeyStarts = 64; // numbers up to 70 characters get their runs
+
+// Every key of the numbers a subquery yields as (s, id).
+QString KeysOf(const QString &numbers) {
+  return uR"(SELECT lower(substr(v.s, p.n, 7)), v.id FROM (%1) v, CallerKeyStarts p
+  WHERE length(v.s) BETWEEN 7 AND %2 AND p.n <= length(v.s) - 6
+UNION ALL SELECT lower(substr(v.s, a.n, b.n)), v.id FROM (%1) v, CallerKeyStarts a, CallerKeyStarts b
+  WHERE length(v.s) <= 6 AND a.n <= length(v.s) AND b.n <= length(v.s) - a.n + 1
+UNION ALL SELECT '%3', v.id FROM (%1) v WHERE length(v.s) > %2)"_s.arg(numbers)
+      .arg(kKeyStarts + 6)
+      .arg(kKeyMarkLong);
+}
+
+QString NumbersOf(const QString &row) {
+  return u"SELECT %1.Phone1 AS s, %1.ID AS id UNION ALL SELECT %1.MobilePhone, %1.ID"_s.arg(row);
+}
+
+const QStringList kCallerKeyObjects = {u"CallerKeys"_s, u"CallerKeyStarts"_s,
+                                       u"MainInfo_CallerKeys_Insert"_s,
+                                       u"MainInfo_CallerKeys_Update"_s,
+                                       u"MainInfo_CallerKeys_Delete"_s};
+
+void Native(const QString &sql) {
+  QSqlQuery q(StoreConnection());
+  if (!q.exec(sql))
+    throw EDatabaseError(q.lastError().text().trimmed() + u" ["_s + sql.simplified().left(160) +
+                         u']');
+}
+
+int NativeCount(const QString &sql) {
+  QSqlQuery q(StoreConnection());
+  return q.exec(sql) && q.next() ? q.value(0).toInt() : -1;
+}
+
+// Builds the key table when it or one of its triggers is missing: a store from
+// an older console, or one whose triggers another program dropped. One
+// transaction, so a start that dies half-way leaves the store as it was.
+void EnsureCallerKeys() {
+  QString names;
+  for (const QString &name : kCallerKeyObjects)
+    names += (names.isEmpty() ? u"'"_s : u",'"_s) + name + u'\'';
+  if (NativeCount(u"SELECT count(*) FROM sqlite_master WHERE name IN ("_s + names + u')') ==
+      kCallerKeyObjects.size())
+    return;
+  const int contacts = NativeCount(u"SELECT count(*) FROM MainInfo"_s);
+  WriteLog(u"Building the caller index for %1 contacts"_s.arg(contacts));
+  QSqlDatabase db = StoreConnection();
+  if (!db.transaction())
+    throw EDatabaseError(u"Cannot build the caller index: "_s + db.lastError().text());
+  try {
+    Native(u"DROP TRIGGER IF EXISTS MainInfo_CallerKeys_Insert"_s);
+    Native(u"DROP TRIGGER IF EXISTS MainInfo_CallerKeys_Update"_s);
+    Native(u"DROP TRIGGER IF EXISTS MainInfo_CallerKeys_Delete"_s);
+    Native(u"DROP TABLE IF EXISTS CallerKeys"_s);
+    Native(u"DROP TABLE IF EXISTS CallerKeyStarts"_s);
+    Native(u"CREATE TABLE CallerKeyStarts (n INTEGER PRIMARY KEY)"_s);
+    Native(u"WITH RECURSIVE c(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM c WHERE n < %1) "
+           u"INSERT INTO CallerKeyStarts SELECT n FROM c"_s.arg(kKeyStarts));
+    Native(u"CREATE TABLE CallerKeys (Key TEXT NOT NULL, ContactID INTEGER NOT NULL, "
+           u"PRIMARY KEY (Key, ContactID)) WITHOUT ROWID"_s);
+    // Sorted first: the keys go into the tree in order, several times quicker
+    // than one by one.
+    Native(u"INSERT OR IGNORE INTO CallerKeys (Key, ContactID) "_s +
+           KeysOf(u"SELECT Phone1 AS s, ID AS id FROM MainInfo UNION ALL "
+                  u"SELECT MobilePhone, ID FROM MainInfo"_s) +
+           u" ORDER BY 1, 2"_s);
+    Native(u"CREATE TRIGGER MainInfo_CallerKeys_Insert AFTER INSERT ON MainInfo BEGIN "
+           u"INSERT OR IGNORE INTO CallerKeys (Key, ContactID) "_s +
+           KeysOf(NumbersOf(u"new"_s)) + u"; END"_s);
+    // Both numbers' keys go and come back: a key the two numbers share stays.
+    Native(u"CREATE TRIGGER MainInfo_CallerKeys_Update AFTER UPDATE OF ID, Phone1, MobilePhone "
+           u"ON MainInfo BEGIN DELETE FROM CallerKeys WHERE (Key, ContactID) IN ("_s +
+           KeysOf(NumbersOf(u"old"_s)) +
+           u"); INSERT OR IGNORE INTO CallerKeys (Key, ContactID) "_s +
+           KeysOf(NumbersOf(u"new"_s)) + u"; END"_s);
+    Native(u"CREATE TRIGGER MainInfo_CallerKeys_Delete AFTER DELETE ON MainInfo BEGIN "
+           u"DELETE FROM CallerKeys WHERE (Key, ContactID) IN ("_s +
+           KeysOf(NumbersOf(u"old"_s)) + u"); END"_s);
+  } catch (...) {
+    db.rollback();
+    throw;
+  }
+  if (!db.commit())
+    throw EDatabaseError(u"Cannot build the caller index: "_s + db.lastError().text());
+  WriteLog(u"The caller index is built: %1 keys"_s.arg(
+      NativeCount(u"SELECT count(*) FROM CallerKeys"_s)));
 }
 } // namespace
 
@@ -190,6 +288,7 @@ void TSys_DM::DBinit() {
     GuardedGroup(*this, {u"Alter Table MainInfo Add [BranchTel] varchar(50)"_s});
   if (!TableExists(u"MoringCallLog"_s))
     Execute(Memo_SQL_MoringCallLog);
+  EnsureCallerKeys();
 
   // These three probe MainInfo for columns of Exts, so they are always false and
   // the groups run at every start: the first start adds the columns, later ones

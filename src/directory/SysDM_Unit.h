@@ -42,6 +42,9 @@ public:
   ~TSys_DM();
 
   static constexpr char16_t kConnectionName[] = u"Sys_ADOConn";
+  // The caller key of a number too long to have its runs of seven kept: the
+  // lookups always read the contacts that have it.
+  static constexpr char16_t kCallerKeyLong[] = u"#long#";
 
   // Opens the file the settings name when it exists, else Database/Notes_DB.db
   // below the program folder (made if missing), and checks the schema. A failure

@@ -1,6 +1,7 @@
 // The dispatcher: its limits, its log line, the state copy rule, and the
 // handlers of the core's own packets.
 #include "common/RecordingShell.h"
+#include "common/StoreFixture.h"
 #include "common/TestHome.h"
 #include "console/Login_Form.h"
 #include "console/Main_Form.h"
@@ -15,6 +16,7 @@
 #include "support/Settings.h"
 
 #include <QSignalSpy>
+#include <QSqlQuery>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -203,6 +205,30 @@ private slots:
                                             LangFormat(285, {u"Lobby"_s}), LangFormat(286, {17}),
                                             LangFormat(287, {u"Front"_s}), LangText(lastKey)}));
     QCOMPARE(c.userInfo.Memo2, u"*51 *52 #"_s);
+  }
+
+  // Each login (the answer packet) rebuilds the three lists from the call log,
+  // with the callers looked up; rows added since the last login go.
+  void loginRebuildsTheCallLists() {
+    Console c;
+    Sys_DM().DataModuleCreate();
+    StoreContact(u"张三"_s, u"02150001234"_s);
+    QSqlQuery q(StoreConnection());
+    for (const auto &[number, state] :
+         {std::pair{u"13950001234"_s, 1}, {u"8001"_s, 2}, {u"?"_s, 3}, {u"777"_s, 9}})
+      QVERIFY(q.exec(u"INSERT INTO conRecords (TelNos, DateTime, State) "
+                     u"VALUES ('%1', '2024-03-05 09:00:0%2', %2)"_s.arg(number).arg(state)));
+    TDirectoryPages &p = c.main.Pages();
+    for (int login = 0; login < 2; ++login) {
+      p.lostIncom_LMDListBox.Add(TLmdlistItemRam{}); // a row added since
+      c.Feed(Packet(PacketType::Login, 42, Text("1000", 52)));
+      QCOMPARE(p.lostIncom_LMDListBox.Count(), 1);
+      QCOMPARE(p.lostIncom_LMDListBox.Item(0).Name, u"张三"_s);
+      QCOMPARE(p.Incomed_LMDListBox.Count(), 1);
+      QCOMPARE(p.Incomed_LMDListBox.Item(0).Number, u"8001"_s);
+      QCOMPARE(p.dialOut_LMDListBox.Count(), 1);
+      QCOMPARE(p.dialOut_LMDListBox.Item(0).Number, u"?"_s);
+    }
   }
 
   void missedCallStoresAndTellsTheOperator() {

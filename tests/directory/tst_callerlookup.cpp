@@ -11,10 +11,16 @@
 #include "support/Settings.h"
 
 #include "common/StoreFixture.h"
-#include <QSignalSpy>
+#include "directory/Query.h"
+#include "support/Log.h"
 
+#include <QRandomGenerator>
+#include <QSignalSpy>
+#include <QSqlError>
 #include <QSqlQuery>
 #include <QTest>
+
+#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -38,6 +44,65 @@ struct Desk {
   }
 };
 } // namespace
+
+namespace {
+using NumberMaker = std::function<QString(QRandomGenerator &)>;
+
+QString Pick(QRandomGenerator &r, const QString &alphabet, int length) {
+  QString out;
+  for (int i = 0; i < length; ++i) {
+    // An alphabet may hold pairs (characters outside the basic plane) as one
+    // entry between '|'s.
+    const QStringList entries = alphabet.split(u'|');
+    out += entries[r.bounded(int(entries.size()))];
+  }
+  return out;
+}
+
+QString Digits(QRandomGenerator &r, int length) {
+  return Pick(r, u"0|1|2|3|8|9"_s, length); // few digits: many shared runs and ties
+}
+
+// The IDs a statement answers, in its order.
+QList<int> Answer(const QString &sql) {
+  TADOQuery q;
+  q.SQL = sql;
+  q.Open();
+  QList<int> ids;
+  for (q.First(); !q.Eof(); q.Next())
+    ids << q.AsInteger(u"ID"_s);
+  return ids;
+}
+
+// What a caller may dial for a stored number: the number, longer, its tail,
+// a part of it, other letters' case, or anything at all. Cut by characters,
+// never inside a pair.
+QString Probe(QRandomGenerator &r, const QString &stored) {
+  const QList<uint> c = stored.toUcs4();
+  const int n = int(c.size());
+  const auto text = [](QList<uint> part) {
+    return QString::fromUcs4(reinterpret_cast<const char32_t *>(part.constData()), part.size());
+  };
+  switch (r.bounded(7)) {
+  case 0:
+    return stored;
+  case 1:
+    return Digits(r, 3) + stored;
+  case 2:
+    return text(c.mid(qMax(0, n - 1 - r.bounded(7))));
+  case 3:
+    return text(c.mid(r.bounded(n + 1), 7));
+  case 4:
+    return stored.toUpper();
+  case 5:
+    return text(c.mid(0, n - 1));
+  default:
+    return Digits(r, r.bounded(12));
+  }
+}
+} // namespace
+
+Q_DECLARE_METATYPE(NumberMaker)
 
 class CallerLookupTest : public QObject {
   Q_OBJECT
@@ -95,6 +160,106 @@ private slots:
       QCOMPARE(p.CON_Memo_Memo, QString());
       QCOMPARE(p.ConEdit_LMDButton_Caption, LangText(275));
     }
+  }
+
+  // The key table answers exactly as reading every contact would: the same
+  // contacts, in the same order, after another program changed the book.
+  void indexedAnswersAsThePlainStatement_data() {
+    QTest::addColumn<NumberMaker>("make");
+    QTest::addColumn<bool>("oldStore");
+    QTest::newRow("digits, short and long") << NumberMaker([](QRandomGenerator &r) -> QString {
+      return Digits(r, 2 + r.bounded(11));
+    }) << false;
+    QTest::newRow("spaces, dashes, +86") << NumberMaker([](QRandomGenerator &r) -> QString {
+      const QString seps[] = {u" "_s, u"-"_s, QString()};
+      return (r.bounded(2) ? u"+86 "_s : QString()) + Digits(r, 3) + seps[r.bounded(3)] +
+             Digits(r, 4) + seps[r.bounded(3)] + Digits(r, r.bounded(5));
+    }) << false;
+    QTest::newRow("letters in either case") << NumberMaker([](QRandomGenerator &r) -> QString {
+      return Pick(r, u"1|2|a|A|b|B|é|É|z"_s, 3 + r.bounded(8));
+    }) << false;
+    QTest::newRow("quotes and pattern characters") << NumberMaker([](QRandomGenerator &r) -> QString {
+      return Pick(r, u"1|2|'|\"|%|_|[|]|#"_s, 2 + r.bounded(9));
+    }) << false;
+    QTest::newRow("40 to 80 characters") << NumberMaker([](QRandomGenerator &r) -> QString {
+      return Digits(r, 38 + r.bounded(43));
+    }) << false;
+    QTest::newRow("outside the basic plane") << NumberMaker([](QRandomGenerator &r) -> QString {
+      return Pick(r, u"1|2|\U0001D7D9|\U0001D7DA|😀"_s, 3 + r.bounded(8));
+    }) << false;
+    QTest::newRow("an older store gets its keys at start") << NumberMaker([](QRandomGenerator &r) -> QString {
+      return Digits(r, 2 + r.bounded(11));
+    }) << true;
+  }
+  void indexedAnswersAsThePlainStatement() {
+    QFETCH(NumberMaker, make);
+    QFETCH(bool, oldStore);
+    Desk d;
+    QRandomGenerator r(7);
+    const auto number = [&]() -> QVariant {
+      const int kind = r.bounded(10);
+      return kind == 0 ? QVariant() : kind == 1 ? QVariant(QString()) : QVariant(make(r));
+    };
+    QSqlDatabase db = StoreConnection();
+    QSqlQuery q(db);
+    if (oldStore) { // a book written before the store kept keys
+      for (const char *drop :
+           {"DROP TRIGGER MainInfo_CallerKeys_Insert", "DROP TRIGGER MainInfo_CallerKeys_Update",
+            "DROP TRIGGER MainInfo_CallerKeys_Delete", "DROP TABLE CallerKeys"})
+        QVERIFY(q.exec(QString::fromLatin1(drop)));
+    }
+    db.transaction();
+    q.prepare(u"INSERT INTO MainInfo (Name, Phone1, MobilePhone) VALUES ('c', ?, ?)"_s);
+    for (int i = 0; i < 1000; ++i) {
+      q.addBindValue(number());
+      q.addBindValue(number());
+      QVERIFY(q.exec());
+    }
+    db.commit();
+    if (oldStore) {
+      SysConfig().Debug = 1;
+      LogMemo().Clear();
+      Sys_DM().DataModuleCreate();
+      QCOMPARE(LogMemo().Lines().filter(u"caller index for 1000 contacts"_s).size(), 1);
+      db = StoreConnection();
+      q = QSqlQuery(db);
+    }
+    // Another program edits: new numbers, numbers swapped, contacts gone.
+    QSqlQuery edit(db);
+    for (int i = 0; i < 150; ++i) {
+      const int id = 1 + r.bounded(1000);
+      switch (i % 3) {
+      case 0:
+        edit.prepare(u"UPDATE MainInfo SET Phone1 = ? WHERE ID = ?"_s);
+        edit.addBindValue(number());
+        break;
+      case 1:
+        edit.prepare(u"UPDATE MainInfo SET Phone1 = MobilePhone, MobilePhone = Phone1 WHERE ID = ?"_s);
+        break;
+      default:
+        edit.prepare(u"DELETE FROM MainInfo WHERE ID = ?"_s);
+      }
+      edit.addBindValue(id);
+      QVERIFY2(edit.exec(), qPrintable(edit.lastError().text()));
+    }
+
+    QStringList stored;
+    QVERIFY(q.exec(u"SELECT Phone1 FROM MainInfo WHERE length(Phone1) > 0 UNION ALL "
+                   u"SELECT MobilePhone FROM MainInfo WHERE length(MobilePhone) > 0"_s));
+    while (q.next())
+      stored << q.value(0).toString();
+    QStringList probes = {QString(), u"?"_s, u"%"_s, u"1_3"_s, u"0000000"_s};
+    for (int i = 0; i < 100; ++i)
+      probes << Probe(r, stored[r.bounded(int(stored.size()))]);
+    int found = 0;
+    for (const QString &n : std::as_const(probes)) {
+      const QList<int> plain = Answer(CallerLookupSQL(u"Phone1"_s, n, LookupPlan::Plain));
+      QCOMPARE(Answer(CallerLookupSQL(u"Phone1"_s, n)), plain);
+      QCOMPARE(Answer(CallTailSQL(u"Phone1"_s, n)),
+               Answer(CallTailSQL(u"Phone1"_s, n, LookupPlan::Plain)));
+      found += plain.isEmpty() ? 0 : 1;
+    }
+    QVERIFY(found > 30); // the probes found contacts, not only nothing
   }
 
   void shortestStoredNumberWins() {
