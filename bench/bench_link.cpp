@@ -9,6 +9,8 @@
 #include "ExchangeSim.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFile>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QTemporaryDir>
@@ -84,3 +86,45 @@ static void BM_LoopbackPulses(benchmark::State &state) {
   state.SetItemsProcessed(state.iterations() * kPulses);
 }
 BENCHMARK(BM_LoopbackPulses)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
+
+namespace {
+// Context switches of every thread of this process but the main one, from
+// /proc: how often the receive worker woke.
+double WorkerSwitches() {
+  double total = 0;
+  const QString self = QString::number(QCoreApplication::applicationPid());
+  for (const QString &tid : QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+    if (tid == self)
+      continue;
+    QFile status(u"/proc/self/task/%1/status"_s.arg(tid));
+    if (!status.open(QIODevice::ReadOnly))
+      continue;
+    for (const QByteArray &line : status.readAll().split('\n'))
+      if (line.contains("ctxt_switches:"))
+        total += line.mid(line.indexOf(':') + 1).trimmed().toDouble();
+  }
+  return total;
+}
+} // namespace
+
+// An idle console with its receive worker running: how many times a second
+// its threads other than the main one wake (goal: under 50).
+static void BM_IdleWorkerWakeUps(benchmark::State &state) {
+  QTemporaryDir home;
+  SetAppPath(home.path());
+  TMain_Form main;
+  main.Link().StartWorker();
+  QTest::qWait(100);
+  double perSecond = 0;
+  for (auto _ : state) {
+    const double before = WorkerSwitches();
+    QElapsedTimer clock;
+    clock.start();
+    QTest::qWait(1000);
+    perSecond = (WorkerSwitches() - before) * 1000.0 / double(clock.elapsed());
+    state.SetIterationTime(double(clock.nsecsElapsed()) / 1e9);
+  }
+  main.Link().StopWorker();
+  state.counters["wakeups_per_s"] = perSecond;
+}
+BENCHMARK(BM_IdleWorkerWakeUps)->UseManualTime()->Iterations(2)->Unit(benchmark::kMillisecond);

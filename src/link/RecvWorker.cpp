@@ -36,6 +36,8 @@ void TRecvWorker::run() {
       queue.ReadIndex.store((read + 1) % TSocketBlockQueue::kSlots);
       continue;
     }
-    m_wake.tryAcquire(1, 1);
+    // Sleeps until the arrival event (or Stop) releases it: an idle console's
+    // worker costs no wake-ups at all.
+    m_wake.acquire();
   }
 }
