@@ -282,16 +282,27 @@ QString TranslateJet(const QString &jetText) {
   return out;
 }
 
-QString SqlText(const QString &value) {
+QString StorableText(const QString &value) {
   QString v = value;
   v.remove(QChar(0));
-  return v.replace(u'\'', u"''"_s);
+  // Half of a character outside the basic plane: the engine would read the
+  // next unit (a closing quote, say) as its other half and break the statement.
+  for (qsizetype i = 0; i < v.size(); ++i) {
+    const bool pairedHigh = v[i].isHighSurrogate() && i + 1 < v.size() && v[i + 1].isLowSurrogate();
+    if (pairedHigh)
+      ++i;
+    else if (v[i].isSurrogate())
+      v[i] = QChar::ReplacementCharacter;
+  }
+  return v;
+}
+
+QString SqlText(const QString &value) {
+  return StorableText(value).replace(u'\'', u"''"_s);
 }
 
 QString SqlTextDq(const QString &value) {
-  QString v = value;
-  v.remove(QChar(0));
-  return v.replace(u'"', u"\"\""_s);
+  return StorableText(value).replace(u'"', u"\"\""_s);
 }
 
 qsizetype StoredLength(const QString &text) {

@@ -14,6 +14,11 @@ QString TranslateJet(const QString &jet);
 // holds one, and the engine would end the statement there.
 QString SqlText(const QString &value);
 
+// Text as the store keeps it: no NUL, and half of a character outside the
+// basic plane becomes the replacement character. SqlText and the cursor's
+// text fields both go through it, so a stored text is found by itself.
+QString StorableText(const QString &value);
+
 // For a value between double quotes (the Jet string form some statements use).
 QString SqlTextDq(const QString &value);
 

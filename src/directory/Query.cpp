@@ -228,9 +228,8 @@ void TADOQuery::SetField(const QString &name, const QVariant &value) {
 }
 
 void TADOQuery::SetString(const QString &name, const QString &value) {
-  // No stored text holds a NUL: a search could never find it again.
-  QString text = value;
-  SetField(name, text.remove(QChar(0)));
+  // Stored as a search would spell it, so that it is found again.
+  SetField(name, StorableText(value));
 }
 void TADOQuery::SetInteger(const QString &name, int value) {
   SetField(name, value);

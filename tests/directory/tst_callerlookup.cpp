@@ -132,6 +132,10 @@ private slots:
     QTest::newRow("six wide characters") << six << QString() << six << true;
     QTest::newRow("wide, long in long")
         << u"0\U0001D7D8"_s + six << QString() << u"9\U0001D7D8"_s + six << true;
+    // Half of one: no store error, and the number as the console stores it is found.
+    QTest::newRow("half a wide character")
+        << u"1234567"_s + QChar(QChar::ReplacementCharacter) << QString()
+        << u"1234567"_s + QChar(0xD835) << true;
   }
   void findsTheCaller() {
     QFETCH(QString, phone);
