@@ -35,6 +35,9 @@ constexpr int kNameTop = 38;
 constexpr int kDragThreshold = 5;
 constexpr int kFrame = 3; // the focus frame stands this far outside the panel
 constexpr int kEdge = 16; // a dragged panel this near the top or bottom scrolls the board
+// Status changes wait this long for company: a busy exchange's stream costs one
+// repaint a frame, however many datagrams it carried.
+constexpr int kFrameMs = 16;
 
 const QColor kDarkInk(24, 24, 28);
 const QColor kLightInk(250, 250, 250);
@@ -203,6 +206,9 @@ TBoardView::TBoardView(TCallControlDev &table, TPhoneBoard &board, TMain_Form *m
     m_trunkError.load(picture);
 
   connect(&m_board, &TPhoneBoard::boardChanged, this, &TBoardView::SyncFromTable);
+  m_frame.setSingleShot(true);
+  m_frame.setInterval(kFrameMs);
+  connect(&m_frame, &QTimer::timeout, this, &TBoardView::FlushFrame);
   m_edgeScroll.setInterval(40);
   connect(&m_edgeScroll, &QTimer::timeout, this, [this] {
     if (m_dragging)
@@ -225,6 +231,9 @@ void TBoardView::UpdateFonts() {
   m_fonts.Number = m_fonts.Line;
   m_fonts.Number.setWeight(QFont::DemiBold);
   m_fonts.Number.setPixelSize(12);
+  m_fonts.NumberMetrics = QFontMetricsF(m_fonts.Number);
+  m_fonts.LineMetrics = QFontMetricsF(m_fonts.Line);
+  ++m_fonts.Generation;
 }
 
 int TBoardView::ContentHeight() const {
@@ -259,9 +268,20 @@ void TBoardView::UpdatePanel(int id) {
   const TPhoneTis *p = m_table.Device(id);
   if (!p || !p->InList)
     return;
-  viewport()->update(PanelRect(id).adjusted(-kFrame, -kFrame, kFrame, kFrame));
+  const QRect inSight = viewport()->rect();
+  QRect r = PanelRect(id).adjusted(-kFrame, -kFrame, kFrame, kFrame) & inSight;
   if (m_dragging && id == m_pressId)
-    viewport()->update(DragRect());
+    r |= DragRect() & inSight;
+  if (r.isEmpty())
+    return; // out of sight: it is drawn fresh when scrolled in
+  m_pending += r;
+  if (!m_frame.isActive())
+    m_frame.start();
+}
+
+void TBoardView::FlushFrame() {
+  viewport()->update(m_pending);
+  m_pending = QRegion();
 }
 
 QRect TBoardView::PanelRect(int id) const {
@@ -296,14 +316,17 @@ int TBoardView::PanelAt(QPoint pos) const {
 
 void TBoardView::paintEvent(QPaintEvent *event) {
   QPainter painter(viewport());
-  PaintBoard(painter, event->rect());
+  PaintBoard(painter, event->region());
 }
 
-void TBoardView::PaintBoard(QPainter &painter, const QRect &exposed) {
-  painter.fillRect(exposed, palette().color(QPalette::Base));
+void TBoardView::PaintBoard(QPainter &painter, const QRegion &exposed) {
+  const QColor base = palette().color(QPalette::Base);
+  for (const QRect &r : exposed)
+    painter.fillRect(r, base);
   painter.setRenderHint(QPainter::Antialiasing);
-  const int bottom = exposed.bottom() + m_table.ScrollY;
-  const int top = exposed.top() + m_table.ScrollY - m_table.PanelHeight - kFrame;
+  const QRect bounds = exposed.boundingRect();
+  const int bottom = bounds.bottom() + m_table.ScrollY;
+  const int top = bounds.top() + m_table.ScrollY - m_table.PanelHeight - kFrame;
   for (int i = m_table.Record(TCallControlDev::kHeadIndex).Next;
        i != TCallControlDev::kTailIndex && i >= 0; i = m_table.Record(i).Next) {
     const TPhoneTis &p = m_table.Record(i);
@@ -312,7 +335,9 @@ void TBoardView::PaintBoard(QPainter &painter, const QRect &exposed) {
     if (p.Top < top)
       continue;
     const QRect r = PanelRect(i);
-    if (!r.adjusted(-kFrame, -kFrame, kFrame, kFrame).intersects(exposed))
+    // Only the current panel's frame reaches into the gaps; a changed panel's
+    // area must not drag its neighbours into the repaint.
+    if (!exposed.intersects(i == m_current ? r.adjusted(-kFrame, -kFrame, kFrame, kFrame) : r))
       continue;
     const bool lifted = m_dragging && i == m_pressId;
     PaintPanel(painter, i, r, lifted);
@@ -345,23 +370,24 @@ void TBoardView::PaintPanel(QPainter &painter, int id, const QRect &rect, bool g
 
   const int textLeft = rect.left() + kPad;
   const int textWidth = rect.width() - 2 * kPad;
+  if (m_fitted.size() <= size_t(id))
+    m_fitted.resize(size_t(id) + 1);
+  FittedPanel &fitted = m_fitted[size_t(id)];
+  const bool stale = fitted.Generation != m_fonts.Generation;
+  fitted.Generation = m_fonts.Generation;
   painter.setPen(ink);
   if (panel.TelNosVisible) {
     const int shift = panel.PhoneButtonVisible ? kIcon + 3 : 0;
     const QRect line(textLeft + shift, rect.top() + kNumberTop, textWidth - shift, kLineHeight);
-    painter.setFont(m_fonts.Number);
-    painter.drawText(
-        line, Qt::AlignLeft | Qt::AlignVCenter,
-        painter.fontMetrics().elidedText(panel.TelNosLabel, Qt::ElideRight, line.width()));
+    PaintLine(painter, fitted.Number, panel.TelNosLabel, line, m_fonts.Number,
+              m_fonts.NumberMetrics, stale);
   }
-  painter.setFont(m_fonts.Line);
-  const QFontMetrics metrics = painter.fontMetrics();
   const QRect status(textLeft, rect.top() + kStatusTop, textWidth, kLineHeight);
-  painter.drawText(status, Qt::AlignLeft | Qt::AlignVCenter,
-                   metrics.elidedText(panel.StatusLabel, Qt::ElideRight, status.width()));
+  PaintLine(painter, fitted.Status, panel.StatusLabel, status, m_fonts.Line, m_fonts.LineMetrics,
+            stale);
   const QRect name(textLeft, rect.top() + kNameTop, textWidth, kLineHeight);
-  painter.drawText(name, Qt::AlignLeft | Qt::AlignVCenter,
-                   metrics.elidedText(panel.NameLabel, Qt::ElideRight, name.width()));
+  PaintLine(painter, fitted.Name, panel.NameLabel, name, m_fonts.Line, m_fonts.LineMetrics,
+            stale);
 
   if (panel.PhoneButtonVisible && !panel.PhoneButtonGlyph.isEmpty())
     PaintGlyph(painter, panel.PhoneButtonGlyph,
@@ -369,6 +395,22 @@ void TBoardView::PaintPanel(QPainter &painter, int id, const QRect &rect, bool g
   if (panel.ModuleIconsVisible)
     PaintModuleIcons(painter, panel, rect, ink);
   painter.restore();
+}
+
+void TBoardView::PaintLine(QPainter &painter, FittedLine &line, const QString &source,
+                           const QRect &box, const QFont &font, const QFontMetricsF &metrics,
+                           bool stale) {
+  if (stale || line.Width != box.width() || line.Source != source) {
+    line.Source = source;
+    line.Width = box.width();
+    line.Text.setTextFormat(Qt::PlainText);
+    line.Text.setText(metrics.elidedText(source, Qt::ElideRight, box.width()));
+    line.Text.prepare(painter.transform(), font);
+  }
+  painter.setFont(font);
+  // Centred on the line as a single line of text would be.
+  const qreal top = box.top() + (box.height() - (metrics.ascent() + metrics.descent())) / 2;
+  painter.drawStaticText(QPointF(box.left(), top), line.Text);
 }
 
 void TBoardView::PaintGlyph(QPainter &painter, const QString &glyph, const QRect &box) {

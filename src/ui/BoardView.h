@@ -4,8 +4,13 @@
 
 #include <QAbstractScrollArea>
 #include <QFont>
+#include <QFontMetricsF>
 #include <QPixmap>
+#include <QRegion>
+#include <QStaticText>
 #include <QTimer>
+
+#include <vector>
 
 class QPainter;
 class TDeviceEvents;
@@ -31,11 +36,13 @@ public:
   QRect PanelRect(int id) const;
   int CurrentPanel() const { return m_current; }
 
-  // Listens to the live status: one panel repaints when its device changes.
+  // Listens to the live status: a changed panel in sight repaints with the next
+  // frame, together with every other panel changed meanwhile.
   void ConnectEvents(TDeviceEvents &events);
 
-  // Draws the visible board into any paint device of the viewport's size.
-  void PaintBoard(QPainter &painter, const QRect &exposed);
+  // Draws the visible board into any paint device of the viewport's size; only
+  // the panels touching `exposed` are drawn.
+  void PaintBoard(QPainter &painter, const QRegion &exposed);
 
 public slots:
   // The table's scroll position or order changed behind the view's back (the
@@ -64,9 +71,28 @@ private:
   struct Fonts {
     QFont Number;
     QFont Line;
+    QFontMetricsF NumberMetrics{QFont()};
+    QFontMetricsF LineMetrics{QFont()};
+    int Generation = 0; // counts font changes: every fitted text older is stale
+  };
+  // A line of a panel fitted to its width (elided) and laid out once: a status
+  // stream repaints the same panels many times over with the same words.
+  struct FittedLine {
+    QString Source;
+    qreal Width = -1;
+    QStaticText Text;
+  };
+  struct FittedPanel {
+    int Generation = -1;
+    FittedLine Number;
+    FittedLine Status;
+    FittedLine Name;
   };
 
   void PaintPanel(QPainter &painter, int id, const QRect &rect, bool ghost);
+  void PaintLine(QPainter &painter, FittedLine &line, const QString &source, const QRect &box,
+                 const QFont &font, const QFontMetricsF &metrics, bool stale);
+  void FlushFrame();
   void PaintGlyph(QPainter &painter, const QString &glyph, const QRect &box);
   void PaintModuleIcons(QPainter &painter, const TPhonePanel &panel, const QRect &rect,
                         const QColor &ink);
@@ -83,6 +109,11 @@ private:
   TMain_Form *m_main;
 
   Fonts m_fonts;
+  std::vector<FittedPanel> m_fitted; // by device index, grown as panels are painted
+  // Panels changed since the last frame, in viewport coordinates; the frame timer
+  // hands them to the paint system at once.
+  QRegion m_pending;
+  QTimer m_frame;
   QPixmap m_trunkError; // the shipped picture of a failed trunk, when there is one
   int m_current = -1;
   int m_pressId = -1;

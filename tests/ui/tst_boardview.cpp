@@ -177,6 +177,22 @@ private slots:
     QCOMPARE(shot.pixelColor(idle), ToQColor(clBtnFace, b.view.palette()));
   }
 
+  // The fitted lines are kept between paints: a changed label must still show.
+  void changedLabelIsDrawnWithItsNewText() {
+    Board b;
+    const int id = kFirst + 2;
+    TPhonePanel &panel = b.table.Record(id).Panel;
+    auto shot = [&](const QString &status) {
+      panel.StatusLabel = status;
+      b.view.UpdatePanel(id);
+      return b.Viewport()->grab(b.view.PanelRect(id)).toImage();
+    };
+    const QImage idle = shot(u"[idle]"_s);
+    const QImage busy = shot(u"[busy]"_s);
+    QVERIFY(busy != idle);
+    QCOMPARE(shot(u"[idle]"_s), idle);
+  }
+
   void panelMenuFollowsTheDeviceAndReachesTheMainForm() {
     TestHome home;
     home.UseChinese();
