@@ -4,6 +4,7 @@
 #include "support/Shell.h"
 #include "ui/LanguageBinding.h"
 #include "ui/Named.h"
+#include "ui/RoomDialogLayout.h"
 #include "ui/ShowCentred.h"
 
 #include <QComboBox>
@@ -32,14 +33,9 @@ HintDialog::HintDialog(THint_Form &logic, QWidget *parent) : QDialog(parent), m_
   auto *close = NamedButton(u"TeButton2"_s, u"X"_s, this);
   close->setToolTip(u"关闭"_s);
   close->setMaximumWidth(40); // a close mark, not a third word
-  auto *keys = new QHBoxLayout;
-  keys->addStretch(1);
-  keys->addWidget(m_apply);
-  keys->addWidget(m_multi);
-  keys->addWidget(close);
+  auto *keys = RoomDialogKeys(m_apply, m_multi, close);
 
-  auto *outer = new QVBoxLayout(this);
-  outer->setContentsMargins(14, 14, 14, 14);
+  auto *outer = RoomDialogFrame(this);
   outer->addLayout(form);
   outer->addSpacing(6);
   outer->addLayout(keys);

@@ -4,6 +4,7 @@
 #include "support/Shell.h"
 #include "ui/LanguageBinding.h"
 #include "ui/Named.h"
+#include "ui/RoomDialogLayout.h"
 #include "ui/ShowCentred.h"
 
 #include <QHBoxLayout>
@@ -28,16 +29,11 @@ MemoSetDialog::MemoSetDialog(TForm_MemoSet &logic, QWidget *parent)
   auto *filter = NamedButton(u"TeButton3"_s, u"过滤"_s, this);
   auto *cancel = NamedButton(u"TeButton2"_s, u"取消"_s, this);
   // Enter belongs to the memo's lines, so no key is the default; Escape cancels.
-  auto *keys = new QHBoxLayout;
-  keys->addWidget(filter);
-  keys->addSpacing(24); // the filter acts on the list, not on the room
-  keys->addStretch(1);
-  keys->addWidget(m_apply);
-  keys->addWidget(m_multi);
-  keys->addWidget(cancel);
+  auto *keys = RoomDialogKeys(m_apply, m_multi, cancel);
+  keys->insertWidget(0, filter);
+  keys->insertSpacing(1, 24); // the filter acts on the list, not on the room
 
-  auto *outer = new QVBoxLayout(this);
-  outer->setContentsMargins(14, 14, 14, 14);
+  auto *outer = RoomDialogFrame(this);
   outer->addWidget(NamedLabel(u"TeLabel1"_s, u"备注:"_s, this));
   outer->addWidget(m_memo, 1);
   outer->addLayout(keys);

@@ -5,6 +5,7 @@
 #include "support/Shell.h"
 #include "ui/LanguageBinding.h"
 #include "ui/Named.h"
+#include "ui/RoomDialogLayout.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -59,14 +60,9 @@ MoringCallDialog::MoringCallDialog(TMoringCall_Form &logic, TDeviceEvents &event
   m_apply->setDefault(true); // Enter applies; Escape cancels
   m_multi = NamedButton(u"TeButton_MoringCallSet_Multi"_s, u"批量应用"_s, this);
   auto *cancel = NamedButton(u"TeButton2"_s, u"取 消"_s, this);
-  auto *keys = new QHBoxLayout;
-  keys->addStretch(1);
-  keys->addWidget(m_apply);
-  keys->addWidget(m_multi);
-  keys->addWidget(cancel);
+  auto *keys = RoomDialogKeys(m_apply, m_multi, cancel);
 
-  auto *outer = new QVBoxLayout(this);
-  outer->setContentsMargins(14, 14, 14, 14);
+  auto *outer = RoomDialogFrame(this);
   outer->addLayout(form);
   outer->addSpacing(6);
   outer->addLayout(keys);

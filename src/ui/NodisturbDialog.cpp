@@ -4,6 +4,7 @@
 #include "support/Shell.h"
 #include "ui/LanguageBinding.h"
 #include "ui/Named.h"
+#include "ui/RoomDialogLayout.h"
 #include "ui/ShowCentred.h"
 
 #include <QCheckBox>
@@ -70,14 +71,9 @@ NodisturbDialog::NodisturbDialog(TForm_Nodisturb &logic, QWidget *parent)
   m_apply->setDefault(true); // Enter applies to this room; Escape cancels
   m_multi = NamedButton(u"TeButton_Nodisturb_ApplyMulti"_s, u"批量应用..."_s, this);
   auto *cancel = NamedButton(u"TeButton2"_s, u"取 消"_s, this);
-  auto *keys = new QHBoxLayout;
-  keys->addStretch(1);
-  keys->addWidget(m_apply);
-  keys->addWidget(m_multi);
-  keys->addWidget(cancel);
+  auto *keys = RoomDialogKeys(m_apply, m_multi, cancel);
 
-  auto *outer = new QVBoxLayout(this);
-  outer->setContentsMargins(14, 14, 14, 14);
+  auto *outer = RoomDialogFrame(this);
   outer->addLayout(mode);
   outer->addWidget(group);
   outer->addSpacing(6);

@@ -4,6 +4,7 @@
 #include "support/Shell.h"
 #include "ui/LanguageBinding.h"
 #include "ui/Named.h"
+#include "ui/RoomDialogLayout.h"
 #include "ui/ShowCentred.h"
 
 #include <QFormLayout>
@@ -26,14 +27,9 @@ VoiceMailDialog::VoiceMailDialog(TForm_VoiceMail_Set &logic, QWidget *parent)
   m_apply->setDefault(true); // Enter clears this room; Escape cancels
   m_multi = NamedButton(u"TeButton_VoiceMail_ApplyMulti"_s, u"批量清除"_s, this);
   auto *cancel = NamedButton(u"TeButton2"_s, u"取 消"_s, this);
-  auto *keys = new QHBoxLayout;
-  keys->addStretch(1);
-  keys->addWidget(m_apply);
-  keys->addWidget(m_multi);
-  keys->addWidget(cancel);
+  auto *keys = RoomDialogKeys(m_apply, m_multi, cancel);
 
-  auto *outer = new QVBoxLayout(this);
-  outer->setContentsMargins(14, 14, 14, 14);
+  auto *outer = RoomDialogFrame(this);
   outer->addLayout(form);
   outer->addSpacing(6);
   outer->addLayout(keys);
