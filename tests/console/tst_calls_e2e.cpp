@@ -1,5 +1,6 @@
 // Calls end to end: the console logged in to the simulated exchange over
 // loopback, with the real store and call lists behind it.
+#include "common/LoginSteps.h"
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
 #include "console/Login_Form.h"
@@ -41,11 +42,7 @@ struct Desk {
       qFatal("simulated exchange can't listen");
     main.Link().StartWorker();
     main.Display().Timer2.start();
-    login.FormShow();
-    login.TelNo_TeComboBox = u"8001"_s;
-    login.Pwd_TeMaskEdit = u"1234"_s;
-    login.HostIP_TeMaskEdit = u"127.0.0.1"_s;
-    login.HostPort_TeMaskEdit = QString::number(sim.Port());
+    TypeLogin(login, sim.Port());
     login.Login_TeButtonClick();
   }
   bool InState(int state) {

@@ -1,5 +1,6 @@
 // The device monitor end to end: a login enumerates the simulated exchange's
 // devices, and its status datagrams keep the table true.
+#include "common/LoginSteps.h"
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
 #include "console/Login_Form.h"
@@ -56,11 +57,7 @@ private slots:
     sim.SetEventTarget(QHostAddress(u"127.0.0.1"_s), udp.LocalPort());
     QVERIFY(sim.Listen());
     main.Link().StartWorker();
-    login.FormShow();
-    login.TelNo_TeComboBox = u"8001"_s;
-    login.Pwd_TeMaskEdit = u"1234"_s;
-    login.HostIP_TeMaskEdit = u"127.0.0.1"_s;
-    login.HostPort_TeMaskEdit = QString::number(sim.Port());
+    TypeLogin(login, sim.Port());
     login.Login_TeButtonClick();
 
     // The login answer loads the layout and refreshes: every device in order.
@@ -118,11 +115,7 @@ private slots:
     sim.AddDevice(60, 12, u"13800000001"_s);
     QVERIFY(sim.Listen());
     main.Link().StartWorker();
-    login.FormShow();
-    login.TelNo_TeComboBox = u"8001"_s;
-    login.Pwd_TeMaskEdit = u"1234"_s;
-    login.HostIP_TeMaskEdit = u"127.0.0.1"_s;
-    login.HostPort_TeMaskEdit = QString::number(sim.Port());
+    TypeLogin(login, sim.Port());
     login.Login_TeButtonClick();
     QTRY_VERIFY(SysParam().LoggedIn == 1);
 

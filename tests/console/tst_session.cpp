@@ -1,5 +1,6 @@
 // Login, keep-alive, re-login and log off, over a real connection to the
 // simulated exchange. The pulse check is driven by calling its handler.
+#include "common/LoginSteps.h"
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
 #include "console/Login_Form.h"
@@ -50,11 +51,7 @@ struct Desk {
       qFatal("simulated exchange can't listen");
     main.AppTitle = u"Trunkdesk ver5.2"_s;
     main.Link().StartWorker();
-    login.FormShow(); // the first show fills the boxes from the settings; then we type
-    login.TelNo_TeComboBox = u"8001"_s;
-    login.Pwd_TeMaskEdit = u"1234"_s;
-    login.HostIP_TeMaskEdit = u"127.0.0.1"_s;
-    login.HostPort_TeMaskEdit = QString::number(sim.Port());
+    TypeLogin(login, sim.Port());
   }
   bool LoggedIn() {
     return QTest::qWaitFor([] { return SysParam().LoggedIn == 1 && SysParam().MyID != 65535; },

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/LoginSteps.h"
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
 #include "console/Login_Form.h"
@@ -50,11 +51,7 @@ struct LinkedDesk {
     if (!sim.Listen())
       return false;
     main.Link().StartWorker();
-    login.FormShow();
-    login.TelNo_TeComboBox = QStringLiteral("8001");
-    login.Pwd_TeMaskEdit = QStringLiteral("1234");
-    login.HostIP_TeMaskEdit = QStringLiteral("127.0.0.1");
-    login.HostPort_TeMaskEdit = QString::number(sim.Port());
+    TypeLogin(login, sim.Port());
     login.Login_TeButtonClick();
     return QTest::qWaitFor(
         [&] {

@@ -1,6 +1,7 @@
 // Wake-up calls: the packet of each sub-code, the time texts, the dialog's
 // opening, query answer and apply on a real store, and one round trip with the
 // simulated exchange through the main window's wiring.
+#include "common/LoginSteps.h"
 #include "GuestDesk.h"
 
 #include "console/Login_Form.h"
@@ -218,11 +219,7 @@ private slots:
     sim.AddDevices(0, 4, 1, u"8001"_s);
     QVERIFY(sim.Listen());
     main.Link().StartWorker();
-    login.FormShow();
-    login.TelNo_TeComboBox = u"8001"_s;
-    login.Pwd_TeMaskEdit = u"1234"_s;
-    login.HostIP_TeMaskEdit = u"127.0.0.1"_s;
-    login.HostPort_TeMaskEdit = QString::number(sim.Port());
+    TypeLogin(login, sim.Port());
     login.Login_TeButtonClick();
     QTRY_COMPARE_WITH_TIMEOUT(main.ExtsView().AdvStringGrid_Exts.ShownCount(), 4, 20000);
 

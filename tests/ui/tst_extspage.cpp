@@ -1,6 +1,7 @@
 // The extensions page as the front desk meets it: the list tab over the
 // logic's rows, the kept column widths, the wake-up columns' double click, and
 // the find box by the tab that is up. Driven through objectNames.
+#include "ListedRooms.h"
 #include "common/Controls.h"
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
@@ -36,14 +37,8 @@ struct Desk {
   Desk() {
     home.UseChinese();
     Sys_DM().DataModuleCreate();
+    ListRooms(main, 4);
     TExtsView &exts = main.ExtsView();
-    exts.ExtsView_Init();
-    for (int id = 0; id < 4; ++id) {
-      TPhoneTis *p = main.CallControlDev().Device(id);
-      p->DevType = 1;
-      p->TelNos = u"800%1"_s.arg(id + 1);
-      exts.Ext_AddRow(id);
-    }
     grid = new TExtsGridView(main);
     page = std::make_unique<TExtsPage>(exts, grid, new QWidget, nullptr);
     dialog = std::make_unique<MoringCallDialog>(main.MoringCall_Form(), main.DeviceEvents());

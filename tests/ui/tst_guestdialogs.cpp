@@ -2,6 +2,7 @@
 // the extension list, the do-not-disturb keys hand the operator's edits to the
 // exchange and the store, and the service class dialog from the board holds
 // the console while it is up. Driven through objectNames.
+#include "ListedRooms.h"
 #include "common/Controls.h"
 #include "common/PacketCapture.h"
 #include "common/RecordingShell.h"
@@ -52,14 +53,8 @@ struct Desk {
   Desk() {
     home.UseChinese();
     Sys_DM().DataModuleCreate();
+    ListRooms(main, 4);
     TExtsView &exts = main.ExtsView();
-    exts.ExtsView_Init();
-    for (int id = 0; id < 4; ++id) {
-      TPhoneTis *p = main.CallControlDev().Device(id);
-      p->DevType = 1;
-      p->TelNos = u"800%1"_s.arg(id + 1);
-      exts.Ext_AddRow(id);
-    }
     SysParam().MyID = 9;
     CapturedPackets.clear();
     SetPacketOutlet(&CapturePacket, nullptr);
