@@ -7,6 +7,7 @@
 #include "link/Public_Unit.h"
 #include "link/SysParam.h"
 #include "devices/DeviceEvents.h"
+#include "directory/RecordServerPage.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
 #include "support/Shell.h"
@@ -131,14 +132,6 @@ void TMain_Form::processPacketFromSocket_RecordServer(const char *work) {
     return;
   const QString code = GetText(work, 16, 7);
   SysParam().RecordRetCode = code;
-  LMDSimpleLabel_RecordRetCode = code;
-  if (code == u"1000"_s) {
-    TeSEdit_RecordIP = GetText(work, 23, kWorkBufferSize - 23);
-    TeButton_RecordSearch_Enabled = true;
-    TeSpeedButton_RecordAdmin_Enabled = true;
-    emit recordsRefreshRequested();
-  } else {
-    TeSEdit_RecordIP.clear();
-    TeButton_RecordSearch_Enabled = false;
-  }
+  m_recordServer->ProcessRecordInfo(
+      code, code == u"1000"_s ? GetText(work, 23, kWorkBufferSize - 23) : QString());
 }

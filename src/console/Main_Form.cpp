@@ -9,6 +9,7 @@
 #include "devices/DeviceEvents.h"
 #include "devices/PhoneBoard.h"
 #include "directory/DirectoryPages.h"
+#include "directory/RecordServerPage.h"
 #include "directory/StoreError.h"
 #include "directory/SysDM_Unit.h"
 #include "guest/BatchWalk.h"
@@ -91,7 +92,7 @@ void TMain_Form::FormCreate() {
   LoadConfig(c);
   AppTitle = c.CompanyCaption + u"Trunkdesk ver5.2"_s;
   m_pages->ImLinkHost = c.IMHost;
-  TeSEdit_RecordIP = c.RecordIP;
+  m_recordServer->TeSEdit_RecordIP = c.RecordIP;
   SetCaption(AppTitle);
 }
 

@@ -27,6 +27,7 @@ class THint_Form;
 class TNodisturb;
 class TForm_MoringCallLog;
 class TPBXRecords;
+class TRecordServerPage;
 class TMoringCall_Form;
 class TNetModule;
 class TPhoneBoard;
@@ -74,12 +75,6 @@ public:
   bool Edit_Caller_Enabled = false;
   QString Edit_Caller_Hint;
   bool CheckBox_Caller_Enabled = false;
-
-  // The recording server's answer.
-  QString LMDSimpleLabel_RecordRetCode;
-  QString TeSEdit_RecordIP;
-  bool TeButton_RecordSearch_Enabled = false;
-  bool TeSpeedButton_RecordAdmin_Enabled = false;
 
   TExchangeLink &Link() { return m_link; }
   TDisplay &Display() { return m_display; }
@@ -259,6 +254,10 @@ public:
   // --- record views (Main_Records.cpp) ---
   TPBXRecords &PBXRecords() { return *m_pbxRecords; }
   TForm_MoringCallLog &Form_MoringCallLog() { return *m_moringCallLog; }
+  // The recordings page: the recording server's rows and their player.
+  TRecordServerPage &RecordServer() { return *m_recordServer; }
+  // Asks the exchange where its recording server is (type 37).
+  void AskRecordInfo();
   void tefxButton_MCallRecordClick();
 
   // --- dispatch (Main_Dispatch.cpp) ---
@@ -282,7 +281,6 @@ signals:
   void udpLoggedInChanged(bool loggedIn);
   void gsmSendRequested();      // the SMS window's send key
   void gsmTimerStopRequested(); // the SMS window's time-out
-  void recordsRefreshRequested();
   void serviceAllowedChanged(bool allowed);
   void callControlChanged(); // keys, panel or ring key changed
   // The service class dialog for a device; the screens take its own width from
@@ -328,6 +326,7 @@ private:
   std::unique_ptr<TForm_VoiceMail_Set> m_voiceMailForm;
   std::unique_ptr<TForm_MemoSet> m_memoSetForm;
   std::unique_ptr<TPBXRecords> m_pbxRecords;
+  std::unique_ptr<TRecordServerPage> m_recordServer;
   std::unique_ptr<TForm_MoringCallLog> m_moringCallLog;
 
   // Transfers of the board's and the list's menus and of the to-number key.

@@ -140,6 +140,7 @@ void TMain_Form::processPacketFromSocket_Login(const char *work, const QString &
     sp.PulseSeen = 1;
     PulseCheck_Timer.start();
     SendPhoneCommand(133);
+    AskRecordInfo();
     LoginDialogOpen = 0;
     if (Login_Form)
       Login_Form->Close();

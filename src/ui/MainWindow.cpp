@@ -12,6 +12,8 @@
 #include "ui/DeviceTestPanelView.h"
 #include "ui/DirectoryView.h"
 #include "ui/Named.h"
+#include "directory/RecordServerPage.h"
+#include "ui/RecordingsPage.h"
 #include "ui/RecordsPage.h"
 
 #include <QAction>
@@ -143,6 +145,8 @@ TMainWindow::TMainWindow(TMain_Form &main, QWidget *parent) : QMainWindow(parent
     m_pages->addTab(page, page->windowTitle());
   QWidget *records = BuildRecordsPage(main, m_pages);
   m_pages->addTab(records, records->windowTitle());
+  QWidget *recordings = BuildRecordingsPage(main.RecordServer(), m_pages);
+  m_pages->addTab(recordings, recordings->windowTitle());
   // The directory's handlers bring their page to the front by its name.
   connect(&main.Pages(), &TDirectoryPages::pageRequested, this, [this](TDirectoryPages::Page page) {
     const QString name =

@@ -9,6 +9,7 @@
 #include "link/Public_Unit.h"
 #include "link/SysParam.h"
 #include "directory/DirectoryPages.h"
+#include "directory/RecordServerPage.h"
 #include "directory/SysDM_Unit.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
@@ -305,14 +306,14 @@ private slots:
     QFETCH(QString, ip);
     QFETCH(bool, enabled);
     Console c;
-    c.main.TeSEdit_RecordIP = u"old"_s;
+    c.main.RecordServer().TeSEdit_RecordIP = u"old"_s;
     QByteArray payload(60, '\0');
     payload[0] = char(tag);
     payload.replace(4, 4, code);
     payload.replace(11, 8, "10.0.0.9");
     c.Feed(Packet(PacketType::RecordServerQuery, 1, payload));
-    QCOMPARE(c.main.TeSEdit_RecordIP, ip);
-    QCOMPARE(c.main.TeButton_RecordSearch_Enabled, enabled);
+    QCOMPARE(c.main.RecordServer().TeSEdit_RecordIP, ip);
+    QCOMPARE(c.main.RecordServer().TeButton_RecordSearch_Enabled, enabled);
     QCOMPARE(SysParam().RecordRetCode, tag == 16 ? QString::fromLatin1(code) : QString());
   }
 };

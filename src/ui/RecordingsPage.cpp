@@ -1,0 +1,179 @@
+#include "ui/RecordingsPage.h"
+
+#include "directory/RecordServerPage.h"
+#include "support/Shell.h"
+#include "ui/AudioPlayWindow.h"
+#include "ui/Named.h"
+
+#include <QCheckBox>
+#include <QDateEdit>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QPointer>
+#include <QTableView>
+#include <QTimeEdit>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+// The page's widgets and the logic's fields they stand for, both ways.
+struct Controls {
+  TRecordServerPage &Page;
+  QLineEdit *Address, *Number;
+  QPushButton *Connect, *Search;
+  QLabel *Message, *Status, *RetCode, *Count;
+  QCheckBox *Exact, *Like, *Start, *End;
+  QDateEdit *StartDate, *EndDate;
+  QTimeEdit *StartTime, *EndTime;
+
+  void ToLogic() const {
+    TRecordServerPage &p = Page;
+    p.TeSEdit_RecordIP = Address->text();
+    p.Edit_Caller = Number->text();
+    p.CheckBox_RecordExact = Exact->isChecked();
+    p.CheckBox_RecordLike = Like->isChecked();
+    p.CheckBox_RecordStart = Start->isChecked();
+    p.DateTimePicker_RecordStart_Date = TDateTime::FromDate(StartDate->date());
+    p.DateTimePicker_RecordStart_Time = TDateTime::FromTime(StartTime->time());
+    p.CheckBox_RecordEnd = End->isChecked();
+    p.DateTimePicker_RecordEnd_Date = TDateTime::FromDate(EndDate->date());
+    p.DateTimePicker_RecordEnd_Time = TDateTime::FromTime(EndTime->time());
+  }
+  void FromLogic() const {
+    const TRecordServerPage &p = Page;
+    if (Address->text() != p.TeSEdit_RecordIP)
+      Address->setText(p.TeSEdit_RecordIP);
+    Connect->setText(p.TeButton_Connect2RecServer_Caption);
+    Search->setEnabled(p.TeButton_RecordSearch_Enabled);
+    Message->setText(p.StaticText_RecordMsg);
+    Status->setText(p.LMDSimpleLabel_status);
+    RetCode->setText(p.LMDSimpleLabel_RecordRetCode);
+    Count->setText(p.RecordResultTag ? u"%1 条"_s.arg(p.DBGridEh_Record.RowCount()) : QString());
+  }
+};
+
+QDateEdit *DateBox(const QString &name, TDateTime value, QWidget *parent) {
+  auto *box = Named<QDateEdit>(name, value.Date(), parent);
+  box->setDisplayFormat(u"yyyy-MM-dd"_s);
+  box->setCalendarPopup(true);
+  return box;
+}
+
+QTimeEdit *TimeBox(const QString &name, TDateTime value, QWidget *parent) {
+  auto *box = Named<QTimeEdit>(name, value.Time(), parent);
+  box->setDisplayFormat(u"hh:mm:ss"_s);
+  return box;
+}
+
+QCheckBox *Check(const QString &name, const QString &text, bool on, QWidget *parent) {
+  auto *box = Named<QCheckBox>(name, text, parent);
+  box->setChecked(on);
+  return box;
+}
+} // namespace
+
+QWidget *BuildRecordingsPage(TRecordServerPage &logic, QWidget *parent) {
+  auto *page = new QWidget(parent);
+  page->setObjectName(u"TeTabSheet_Records"_s);
+  page->setWindowTitle(u"录音记录"_s);
+  const TRecordServerPage &p = logic;
+  auto *c = new Controls{logic,
+                         NamedEdit(u"TeSEdit_RecordIP"_s, page),
+                         NamedEdit(u"Edit_Caller"_s, page),
+                         NamedButton(u"TeButton_Connect2RecServer"_s, {}, page),
+                         NamedButton(u"TeButton_RecordSearch"_s, u"查询"_s, page),
+                         NamedLabel(u"StaticText_RecordMsg"_s, {}, page),
+                         NamedLabel(u"LMDSimpleLabel_status"_s, {}, page),
+                         NamedLabel(u"LMDSimpleLabel_RecordRetCode"_s, {}, page),
+                         NamedLabel(u"Label_RecordCount"_s, {}, page),
+                         Check(u"CheckBox_RecordExact"_s, u"号码完全相同"_s, p.CheckBox_RecordExact, page),
+                         Check(u"CheckBox_RecordLike"_s, u"号码包含"_s, p.CheckBox_RecordLike, page),
+                         Check(u"CheckBox_RecordStart"_s, u"开始"_s, p.CheckBox_RecordStart, page),
+                         Check(u"CheckBox_RecordEnd"_s, u"结束"_s, p.CheckBox_RecordEnd, page),
+                         DateBox(u"DateTimePicker_RecordStart_Date"_s, p.DateTimePicker_RecordStart_Date, page),
+                         DateBox(u"DateTimePicker_RecordEnd_Date"_s, p.DateTimePicker_RecordEnd_Date, page),
+                         TimeBox(u"DateTimePicker_RecordStart_Time"_s, p.DateTimePicker_RecordStart_Time, page),
+                         TimeBox(u"DateTimePicker_RecordEnd_Time"_s, p.DateTimePicker_RecordEnd_Time, page)};
+  QObject::connect(page, &QObject::destroyed, [c] { delete c; });
+  c->Address->setMaximumWidth(160);
+  c->Number->setMaximumWidth(180);
+  c->Number->setClearButtonEnabled(true);
+  c->Number->setPlaceholderText(u"号码"_s);
+  c->FromLogic();
+  QObject::connect(&logic, &TRecordServerPage::changed, page, [c] { c->FromLogic(); });
+
+  QObject::connect(c->Connect, &QPushButton::clicked, page, [c, &logic] {
+    c->ToLogic();
+    RunGuarded([&] { logic.TeButton_Connect2RecServerClick(); });
+  });
+  const auto search = [c, &logic] {
+    c->ToLogic();
+    if (c->Search->isEnabled())
+      RunGuarded([&] { logic.TeButton_RecordSearchClick(); });
+  };
+  QObject::connect(c->Search, &QPushButton::clicked, page, search);
+  QObject::connect(c->Number, &QLineEdit::returnPressed, page, search);
+
+  auto *server = new QHBoxLayout;
+  server->addWidget(new QLabel(u"录音服务器:"_s, page));
+  server->addWidget(c->Address);
+  server->addWidget(c->Connect);
+  server->addWidget(c->Message);
+  server->addSpacing(12);
+  server->addWidget(c->Status);
+  server->addStretch(1);
+  server->addWidget(new QLabel(u"返回码:"_s, page));
+  server->addWidget(c->RetCode);
+  auto *boxes = new QHBoxLayout;
+  boxes->addWidget(c->Number);
+  boxes->addWidget(c->Exact);
+  boxes->addWidget(c->Like);
+  boxes->addWidget(c->Start);
+  boxes->addWidget(c->StartDate);
+  boxes->addWidget(c->StartTime);
+  boxes->addWidget(c->End);
+  boxes->addWidget(c->EndDate);
+  boxes->addWidget(c->EndTime);
+  boxes->addWidget(c->Search);
+  boxes->addWidget(c->Count);
+  boxes->addStretch(1);
+
+  auto *grid = Named<QTableView>(u"DBGridEh_Record"_s, page);
+  grid->setModel(&logic.DBGridEh_Record);
+  grid->setSelectionBehavior(QAbstractItemView::SelectRows);
+  grid->setSelectionMode(QAbstractItemView::SingleSelection);
+  grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  grid->setAlternatingRowColors(true);
+  grid->setWordWrap(false);
+  grid->verticalHeader()->hide();
+  // Fixed rows and widths: thousands of rows lay out without measuring each.
+  grid->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+  grid->verticalHeader()->setDefaultSectionSize(grid->fontMetrics().height() + 6);
+  grid->horizontalHeader()->setDefaultSectionSize(140);
+  grid->horizontalHeader()->setStretchLastSection(true);
+  grid->setToolTip(u"双击一行播放录音"_s);
+
+  // One player window for the page, made on the first double-click.
+  auto player = std::make_shared<QPointer<TAudioPlayWindow>>();
+  QObject::connect(&logic, &TRecordServerPage::playRequested, page,
+                   [page, player](const QUrl &source, const QString &caption) {
+                     if (!*player)
+                       *player = new TAudioPlayWindow(page);
+                     TAudioPlayWindow *w = *player;
+                     w->Form().Play(source, caption);
+                     w->show();
+                     w->raise();
+                     w->activateWindow();
+                   });
+  QObject::connect(grid, &QTableView::doubleClicked, page, [&logic](const QModelIndex &index) {
+    RunGuarded([&] { logic.DBGridEh_RecordDblClick(index.row()); });
+  });
+
+  auto *layout = new QVBoxLayout(page);
+  layout->setContentsMargins(4, 4, 4, 4);
+  layout->addLayout(server);
+  layout->addLayout(boxes);
+  layout->addWidget(grid, 1);
+  return page;
+}
