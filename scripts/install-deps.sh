@@ -7,6 +7,7 @@ PACKAGES=(
   g++ cmake ninja-build ccache pkg-config
   qt6-base-dev libqt6sql6-sqlite libsqlite3-dev
   qt6-multimedia-dev   # the ring and, later, recordings
+  qt6-httpserver-dev   # the reference recording server's HTTP side
   sqlite3              # plays "another program holding the database" in the tests
   libbenchmark-dev
   fonts-wqy-microhei   # Chinese text on screen and in screenshots

@@ -349,6 +349,17 @@ private slots:
         << ConsolePacket(35, 1, Hex("0200 0000 0a00") + noTime + Hex("0100")) << 10
         << u"class 0 mix 0000 wake "_s << 0;
 
+    // The recording server's question has no Len, as the console sends it.
+    const QByteArray askRecorder = ConsolePacket(37, 1, Hex("1000 0000 00000000"), 0);
+    QTest::newRow("no recording server")
+        << QString() << askRecorder
+        << ConsolePacket(37, 1, Hex("1000 0000") + Field("1001", 7) + QByteArray(64, '\0')) << 0
+        << u"class 0 mix 0001 wake "_s << 0;
+    QTest::newRow("recording server's address")
+        << u"recorder 192.168.10.20"_s << askRecorder
+        << ConsolePacket(37, 1, Hex("1000 0000") + Field("1000", 7) + Field("192.168.10.20", 64))
+        << 0 << u"class 0 mix 0001 wake "_s << 0;
+
     const QByteArray choose = ConsolePacket(32, 1, Hex("0100 0000"));
     const QByteArray send =
         ConsolePacket(32, 1, Hex("0200 1400 1c00") + Field(kSmsBlock, 220 - 18));
@@ -385,6 +396,8 @@ private slots:
       Sim->SetGsmOutcome(ExchangeSim::GsmOutcome::NoModule);
     else if (setup == u"nomodules"_s)
       Sim->Devices().Remove(20);
+    else if (words.first() == u"recorder"_s)
+      Sim->SetRecordServer(u"1000"_s, words.at(1));
     else if (words.first() == u"mix"_s)
       Sim->SetDeviceMixData(words.at(1).toInt(), quint16(words.at(2).toUInt(nullptr, 16)));
 

@@ -127,12 +127,19 @@ public:
   void SetGsmOutcome(GsmOutcome outcome) { SmsOutcome = outcome; }
   // The text blocks of the SMS the console handed over, in order.
   QStringList SmsSent() const { return Sms; }
+  // The console's question for the recording server is answered with this
+  // code and address: "1000" and the server's address when there is one. By
+  // default the exchange has none ("1001", no address).
+  void SetRecordServer(const QString &code, const QString &address) {
+    RecordCode = code;
+    RecordAddress = address;
+  }
   // A change made by a request is pushed as a status event, as the exchange
   // does; off, only PushStatus and the live stream send.
   void SetPushOnChange(bool push) { PushOnChange = push; }
   // Answers to the guest-room requests, by the answer's type code (22 service
-  // class, 24 do-not-disturb, 35 wake-up, 40 voice mail), so a test can see
-  // the console's time-out and late answers. The request itself still acts.
+  // class, 24 do-not-disturb, 35 wake-up, 37 recording server, 40 voice
+  // mail), so a test can see the console's time-out and late answers. The request itself still acts.
   // The next `count` answers of the type are never sent; 0 ends a hold.
   void HoldAnswers(qint16 typeCode, int count = 1);
   // The next `count` answers of the type go `ms` late; a negative count delays
@@ -266,6 +273,8 @@ private:
   bool MailboxReachable = true;
   GsmOutcome SmsOutcome = GsmOutcome::Sent;
   QStringList Sms;
+  QString RecordCode = QStringLiteral("1001");
+  QString RecordAddress;
   bool PushOnChange = true;
   struct AnswerPlan {
     int Hold = 0;

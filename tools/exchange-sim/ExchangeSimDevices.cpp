@@ -156,6 +156,11 @@ void ExchangeSim::ActOnDevicePacket(const SimPacket &packet) {
   case SimPackets::GsmModule:
     AnswerGsm(packet);
     break;
+  case SimPackets::RecordServerQuery:
+    if (sub == SimPackets::kRecordServerSub)
+      WriteAnswer(SimPackets::RecordServerQuery,
+                  SimPackets::RecordServerAnswer(Session, RecordCode, RecordAddress));
+    break;
   default:
     break;
   }

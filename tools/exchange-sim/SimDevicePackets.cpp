@@ -11,6 +11,8 @@ namespace {
 constexpr int kNumberSize = 21;
 constexpr int kModuleTypeSize = 10;
 constexpr int kWakeUpSize = 20;
+constexpr int kRecordCodeSize = 7;
+constexpr int kRecordAddressSize = 64;
 
 // A record of `size` bytes whose offsets count from the packet's start; the
 // header is left for BuildPacket.
@@ -123,6 +125,14 @@ QByteArray CallRecordDatagram(quint16 id, const QString &extension, qint16 assTy
       .U16(60, static_cast<quint16>(direction))
       .U16(62, static_cast<quint16>(recordType));
   return BuildPacket(kCallRecordType, id, b.Bytes);
+}
+
+QByteArray RecordServerAnswer(quint16 session, const QString &code, const QString &address) {
+  Body b(23 + kRecordAddressSize);
+  b.U16(12, kRecordServerSub)
+      .Text(16, code, kRecordCodeSize)
+      .Text(23, address, kRecordAddressSize);
+  return BuildPacket(RecordServerQuery, session, b.Bytes);
 }
 
 } // namespace SimPackets

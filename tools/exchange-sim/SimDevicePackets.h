@@ -33,6 +33,8 @@ inline constexpr quint8 kGsmChoose = 1, kGsmSend = 2, kGsmChosen = 3, kGsmSent =
 inline constexpr quint16 kEndOfNames = 65535;
 // The datagram type of a finished call's record.
 inline constexpr qint16 kCallRecordType = 41;
+// The sub-code of the recording server's query and answer.
+inline constexpr quint16 kRecordServerSub = 16;
 
 // ExtensionQuery answer: one device, or the end of the list (ID -1).
 QByteArray DeviceReport(quint16 session, const SimDevice &device);
@@ -44,6 +46,9 @@ QByteArray VoiceMailAnswer(quint16 session, quint16 dstId, quint16 serverResult)
 QByteArray MoringCallAnswer(quint16 session, quint16 subCode, quint16 dstId,
                             const QString &callTime, quint8 mode);
 QByteArray GsmAnswer(quint16 session, quint8 subCode, quint16 channel);
+// RecordServerQuery answer: "1000" with the recording server's address, or
+// another code for an exchange without one.
+QByteArray RecordServerAnswer(quint16 session, const QString &code, const QString &address);
 
 // UDP datagrams. The status event carries the device ID in the header's ID.
 QByteArray StatusDatagram(const SimDevice &device);

@@ -236,10 +236,16 @@ int main(int argc, char *argv[]) {
       u"Start the exchange's clock at this time, YYYYMMDDHHNN; it rings wake-ups by "
       "it (default: the system's time)."_s,
       u"TIME"_s);
+  const QCommandLineOption recordServerOption(
+      u"record-server"_s,
+      u"Tell the console a recording server is at ADDR (e.g. one trunkdesk-recordserver "
+      "runs); by default the exchange has none."_s,
+      u"ADDR"_s);
   parser.addOptions({portOption, listenOption, userOption, pulseOption, scriptOption,
                      dialCompleteOption, answerAfterOption, devicesOption, extensionsOption,
                      trunksOption, gsmOption, ivrOption, classesOption, udpHostOption,
-                     udpPortOption, udpFromOption, liveOption, gsmAnswerOption, clockOption});
+                     udpPortOption, udpFromOption, liveOption, gsmAnswerOption, clockOption,
+                     recordServerOption});
   parser.process(app);
 
   bool ok = false;
@@ -288,6 +294,8 @@ int main(int argc, char *argv[]) {
 
   if (!SetUpDevices(parser, sim))
     return 2;
+  if (parser.isSet(recordServerOption))
+    sim.SetRecordServer(u"1000"_s, parser.value(recordServerOption));
   if (parser.isSet(clockOption)) {
     const QDateTime at = QDateTime::fromString(parser.value(clockOption), u"yyyyMMddHHmm"_s);
     if (!at.isValid()) {
