@@ -1,6 +1,7 @@
 #include "app/DemoExchange.h"
 
 #include "ExchangeSim.h"
+#include "RecordServer.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -41,6 +42,8 @@ bool DemoExchange::Start() {
     m_sim->SetWakeUpResult(w.Id, w.Result);
   }
   m_sim->SetServiceClassNames({u"客房"_s, u"内线"_s, u"市话"_s, u"长途"_s, u"国际"_s});
+  if (StartRecordings())
+    m_sim->SetRecordServer(u"1000"_s, u"127.0.0.1"_s);
   if (!m_sim->Listen())
     return false;
 
@@ -70,6 +73,18 @@ bool DemoExchange::Start() {
   connect(&m_calls, &QTimer::timeout, this, &DemoExchange::RingSomeone);
   m_calls.start(30000);
   QTimer::singleShot(8000, this, &DemoExchange::RingSomeone);
+  return true;
+}
+
+bool DemoExchange::StartRecordings() {
+  m_records = std::make_unique<RecordServer>();
+  m_records->SetFileRoot(m_home.path() + u"/records"_s);
+  if (!m_records->OpenStore(m_home.path() + u"/recordings.db"_s) ||
+      !m_records->Listen(QHostAddress::LocalHost) || !m_records->FillDemo(300)) {
+    qWarning("demo: no recording server: %s", qUtf8Printable(m_records->Error()));
+    m_records.reset();
+    return false;
+  }
   return true;
 }
 

@@ -70,12 +70,6 @@ public:
   enum class FrontPanel { Dial_TeTabControl, Company_TePanel };
   FrontPanel Front = FrontPanel::Dial_TeTabControl;
 
-  // The caller box of the dial page, opened up at login.
-  QString Edit_Caller_Text;
-  bool Edit_Caller_Enabled = false;
-  QString Edit_Caller_Hint;
-  bool CheckBox_Caller_Enabled = false;
-
   TExchangeLink &Link() { return m_link; }
   TDisplay &Display() { return m_display; }
   const TDisplay &Display() const { return m_display; }

@@ -2,6 +2,7 @@
 // answer, the pulse check, re-login and log off.
 #include "console/Login_Form.h"
 #include "console/Main_Form.h"
+#include "directory/RecordServerPage.h"
 #include "link/Public_Unit.h"
 #include "link/SysParam.h"
 #include "support/LanguagePack.h"
@@ -130,10 +131,7 @@ void TMain_Form::processPacketFromSocket_Login(const char *work, const QString &
     ShowDisplay(status, false);
     TheShell().Balloon(LangText(305), status, 10, BalloonIcon::Info);
     SetCaption(AppTitle + LangFormat(306, {number}));
-    Edit_Caller_Text = number;
-    Edit_Caller_Enabled = true;
-    Edit_Caller_Hint = u"非管理员此项不可编辑"_s;
-    CheckBox_Caller_Enabled = true;
+    m_recordServer->LoggedInAs(number);
     sp.MyTelNo = number;
     sp.Password = Login_Form ? Login_Form->Pwd_TeMaskEdit : QString();
     LoadConRecords();

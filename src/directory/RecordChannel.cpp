@@ -72,7 +72,7 @@ void TRecordChannel::Finished(QNetworkReply *reply, Kind kind) {
                        : reply->errorString());
     return;
   }
-  const QByteArray body = reply->readAll();
+  const QByteArray body = reply->isOpen() ? reply->readAll() : QByteArray();
   if (kind == Kind::Connect) {
     const QJsonObject hello = QJsonDocument::fromJson(body).object();
     const QString error = hello.value(u"error"_s).toString();

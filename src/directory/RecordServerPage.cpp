@@ -18,6 +18,14 @@ TRecordServerPage::TRecordServerPage(QObject *parent) : QObject(parent) {
   connect(&HTTPChannel, &TRecordChannel::answered, this, &TRecordServerPage::Answered);
 }
 
+void TRecordServerPage::LoggedInAs(const QString &number) {
+  Edit_Caller = number;
+  Edit_Caller_Enabled = true;
+  Edit_Caller_Hint = u"非管理员此项不可编辑"_s;
+  CheckBox_Caller_Enabled = true;
+  emit changed();
+}
+
 void TRecordServerPage::ProcessRecordInfo(const QString &code, const QString &address) {
   LMDSimpleLabel_RecordRetCode = code;
   if (code == u"1000"_s) {
@@ -92,13 +100,18 @@ TRecordServerPage::Statement TRecordServerPage::BuildStatement() const {
     s.Text += u"and (startTime<=:to) "_s;
     s.Params[u"to"_s] = at(DateTimePicker_RecordEnd_Date, DateTimePicker_RecordEnd_Time);
   }
-  if (CheckBox_RecordExact && !Edit_Caller.trimmed().isEmpty()) {
+  if (CheckBox_ExactNo && !Edit_ExactNo.trimmed().isEmpty()) {
     s.Text += u" and ((caller=:number) or (called=:number))  "_s;
-    s.Params[u"number"_s] = Edit_Caller.trimmed();
+    s.Params[u"number"_s] = Edit_ExactNo.trimmed();
   }
-  if (CheckBox_RecordLike) {
+  if (CheckBox_LikeNo) {
     s.Text += u" and ((called like :pattern) or (caller like :pattern))  "_s;
-    s.Params[u"pattern"_s] = QString(u'%' + Edit_Caller + u'%');
+    s.Params[u"pattern"_s] = QString(u'%' + Edit_LikeNo + u'%');
+  }
+  // Our own: the desk's own calls only, when the operator ticks the box.
+  if (CheckBox_Caller) {
+    s.Text += u" and ((caller=:own) or (called=:own))  "_s;
+    s.Params[u"own"_s] = Edit_Caller.trimmed();
   }
   s.Text += u" order by connectTime desc  "_s;
   return s;

@@ -24,16 +24,23 @@ public:
   QString TeButton_Connect2RecServer_Caption = QStringLiteral("连接");
   bool TeButton_RecordSearch_Enabled = false;
   bool TeSpeedButton_RecordAdmin_Enabled = false;
-  // The number searched for; the search runs only when it isn't blank.
+  // The operator's own extension, filled at login; the search runs only when
+  // it isn't blank. Ticked, the search keeps to calls of that extension.
   QString Edit_Caller;
+  bool Edit_Caller_Enabled = false;
+  QString Edit_Caller_Hint;
+  bool CheckBox_Caller = false;
+  bool CheckBox_Caller_Enabled = false;
   bool CheckBox_RecordStart = false; // connectTime from the date and time below
   TDateTime DateTimePicker_RecordStart_Date;
   TDateTime DateTimePicker_RecordStart_Time;
   bool CheckBox_RecordEnd = false; // startTime up to the date and time below
   TDateTime DateTimePicker_RecordEnd_Date;
   TDateTime DateTimePicker_RecordEnd_Time;
-  bool CheckBox_RecordExact = false; // the number as caller or called, exactly
-  bool CheckBox_RecordLike = true;   // the number inside the caller or called
+  bool CheckBox_ExactNo = false; // this number as caller or called, exactly
+  QString Edit_ExactNo;
+  bool CheckBox_LikeNo = false; // this text inside the caller or called number
+  QString Edit_LikeNo;
   // Set to 1 once a query was made.
   int RecordResultTag = 0;
   bool Connected = false;
@@ -44,6 +51,8 @@ public:
   quint16 QueryPort = RecordProtocol::kQueryPort;
   quint16 FilePort = RecordProtocol::kFilePort;
 
+  // The login's part: the own-extension box takes the number.
+  void LoggedInAs(const QString &number);
   // The exchange's answer about the recording server: code "1000" and its address.
   void ProcessRecordInfo(const QString &code, const QString &address);
   // Connects, or breaks the connection when it is up.

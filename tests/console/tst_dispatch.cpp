@@ -132,8 +132,8 @@ private slots:
     QCOMPARE(c.main.Display().Buffer2(), c.main.Display().Buffer1()); // no blink
     QCOMPARE(c.main.Caption, u"Trunkdesk ver5.2"_s + LangFormat(306, {u"8001"_s}));
     QCOMPARE(c.shell.Balloons.last().Title, LangText(305));
-    QVERIFY(c.main.Edit_Caller_Enabled);
-    QCOMPARE(c.main.Edit_Caller_Text, u"8001"_s);
+    QVERIFY(c.main.RecordServer().Edit_Caller_Enabled);
+    QCOMPARE(c.main.RecordServer().Edit_Caller, u"8001"_s);
     QVERIFY(!c.login.Visible());
     QCOMPARE(c.main.Front, TMain_Form::FrontPanel::Dial_TeTabControl);
     QCOMPARE(udp.size(), 1);
