@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QHeaderView>
 #include <QNetworkAccessManager>
+#include <QNetworkProxy>
 #include <QNetworkReply>
 #include <QSignalSpy>
 #include <QSqlDatabase>
@@ -28,12 +29,14 @@ constexpr int kRows = 5000;
 struct ServerThread {
   QTemporaryDir dir;
   QThread thread;
+  QObject context; // lives on the thread: what the server's work is queued to
   RecordServer *server = nullptr;
   quint16 port = 0;
   ServerThread() {
+    context.moveToThread(&thread);
     thread.start();
     QMetaObject::invokeMethod(
-        &thread, [this] {
+        &context, [this] {
           server = new RecordServer;
           server->OpenStore(dir.filePath(u"recordings.db"_s));
           server->SetFileRoot(dir.path());
@@ -51,7 +54,7 @@ struct ServerThread {
         Qt::BlockingQueuedConnection);
   }
   ~ServerThread() {
-    QMetaObject::invokeMethod(&thread, [this] { delete server; }, Qt::BlockingQueuedConnection);
+    QMetaObject::invokeMethod(&context, [this] { delete server; }, Qt::BlockingQueuedConnection);
     thread.quit();
     thread.wait();
   }
@@ -63,8 +66,9 @@ ServerThread &Server() {
 }
 
 TRecordServerPage::Statement Search(TRecordServerPage &page) {
-  page.Edit_Caller = u"80"_s;
-  page.CheckBox_RecordLike = true;
+  page.Edit_Caller = u"8000"_s;
+  page.CheckBox_LikeNo = true;
+  page.Edit_LikeNo = u"80"_s;
   return page.BuildStatement();
 }
 
