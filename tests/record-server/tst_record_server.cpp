@@ -182,6 +182,25 @@ private slots:
                                      QJsonValue::Null, u"00:01:10"_s})}));
   }
 
+  // Texts come back as stored, whatever they hold, and numbers as numbers.
+  void cellsComeBackIntact_data() {
+    QTest::addColumn<QString>("text");
+    QTest::newRow("quotes and backslashes") << u"a\"b\\c'd"_s;
+    QTest::newRow("control characters") << u"line\nnext\ttab\x01\x1f"_s;
+    QTest::newRow("Chinese") << u"前台 8001 张三"_s;
+    QTest::newRow("empty") << QString();
+  }
+  void cellsComeBackIntact() {
+    QFETCH(QString, text);
+    const qint64 id = Server->AddRecording(u"2026-11-25 10:00:00"_s, u"2026-11-25 10:00:01"_s,
+                                           text, u"8001"_s, QString(), u"x.wav"_s);
+    const QJsonObject answer = Post(Request(
+        u"select caller, ID * 0.5, ID from Record_Table where ID = :id"_s, {{u"id"_s, id}}))
+                                   .Json();
+    QCOMPARE(answer.value(u"rows"_s).toArray(),
+             QJsonArray({QJsonArray({text, id * 0.5, id})}));
+  }
+
   void refusals_data() {
     QTest::addColumn<QByteArray>("body");
     QTest::addColumn<int>("status");

@@ -190,8 +190,10 @@ qint64 RecordServer::AddRecording(const QString &startTime, const QString &conne
   QSqlQuery q(QSqlDatabase::database(StoreConnection));
   q.prepare(u"insert into Record_Table (startTime, connectTime, caller, called, shortDir, "
             "VoiceFileName) values (?, ?, ?, ?, ?, ?)"_s);
+  // An empty text is stored as one, not as NULL: consoles read shortDir "" as
+  // "the name says where the file is".
   for (const QString &value : {startTime, connectTime, caller, called, shortDir, voiceFileName})
-    q.addBindValue(value);
+    q.addBindValue(value.isNull() ? u""_s : value);
   if (!q.exec())
     return Fail(q.lastError().text()), -1;
   return q.lastInsertId().toLongLong();
