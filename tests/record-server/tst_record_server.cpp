@@ -82,9 +82,7 @@ class RecordServerTest : public QObject {
     QObject::connect(&socket, &QTcpSocket::readyRead, [&] { got += socket.readAll(); });
     socket.write("GET " + target + " HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n" +
                  (range.isEmpty() ? QByteArray() : "Range: " + range + "\r\n") + "\r\n");
-    [&] {
-      QTRY_COMPARE_WITH_TIMEOUT(socket.state(), QAbstractSocket::UnconnectedState, kWait);
-    }();
+    [&] { QTRY_COMPARE_WITH_TIMEOUT(socket.state(), QAbstractSocket::UnconnectedState, kWait); }();
     Reply r;
     const qsizetype end = got.indexOf("\r\n\r\n");
     if (end < 0)
@@ -167,11 +165,10 @@ private slots:
   }
 
   void answerCarriesColumnsAndCells() {
-    const Reply reply =
-        Post(Request(kConsoleSearch, {{u"from"_s, u"2026-11-23 08:02:10"_s},
-                                      {u"to"_s, u"2026-11-23 08:01:00"_s},
-                                      {u"number"_s, u"13800000001"_s},
-                                      {u"pattern"_s, u"%%"_s}}));
+    const Reply reply = Post(Request(kConsoleSearch, {{u"from"_s, u"2026-11-23 08:02:10"_s},
+                                                      {u"to"_s, u"2026-11-23 08:01:00"_s},
+                                                      {u"number"_s, u"13800000001"_s},
+                                                      {u"pattern"_s, u"%%"_s}}));
     const QJsonObject answer = reply.Json();
     QCOMPARE(answer.value(u"columns"_s).toArray().toVariantList(),
              QVariantList({u"ID"_s, u"startTime"_s, u"connectTime"_s, u"caller"_s, u"called"_s,
@@ -180,6 +177,25 @@ private slots:
              QJsonArray({QJsonArray({1, u"2026-11-23 08:01:00"_s, u"2026-11-23 08:02:10"_s,
                                      u"8001"_s, u"13800000001"_s, u"20261123"_s, u"1.wav"_s,
                                      QJsonValue::Null, u"00:01:10"_s})}));
+  }
+
+  // Texts come back as stored, whatever they hold, and numbers as numbers.
+  void cellsComeBackIntact_data() {
+    QTest::addColumn<QString>("text");
+    QTest::newRow("quotes and backslashes") << u"a\"b\\c'd"_s;
+    QTest::newRow("control characters") << u"line\nnext\ttab\x01\x1f"_s;
+    QTest::newRow("Chinese") << u"前台 8001 张三"_s;
+    QTest::newRow("empty") << QString();
+  }
+  void cellsComeBackIntact() {
+    QFETCH(QString, text);
+    const qint64 id = Server->AddRecording(u"2026-11-25 10:00:00"_s, u"2026-11-25 10:00:01"_s, text,
+                                           u"8001"_s, QString(), u"x.wav"_s);
+    const QJsonObject answer =
+        Post(Request(u"select caller, ID * 0.5, ID from Record_Table where ID = :id"_s,
+                     {{u"id"_s, id}}))
+            .Json();
+    QCOMPARE(answer.value(u"rows"_s).toArray(), QJsonArray({QJsonArray({text, id * 0.5, id})}));
   }
 
   void refusals_data() {
@@ -213,10 +229,9 @@ private slots:
                                << 413;
     QTest::newRow("not JSON") << QByteArray("select * from Record_Table") << 400;
     QTest::newRow("no statement") << QByteArray(R"({"version": 1, "params": {}})") << 400;
-    QTest::newRow("no version")
-        << QByteArray(R"({"statement": "select * from Record_Table"})") << 400;
-    QTest::newRow("a later version")
-        << Request(u"select * from Record_Table"_s, {}, 2) << 400;
+    QTest::newRow("no version") << QByteArray(R"({"statement": "select * from Record_Table"})")
+                                << 400;
+    QTest::newRow("a later version") << Request(u"select * from Record_Table"_s, {}, 2) << 400;
     QTest::newRow("parameter of a kind not carried")
         << Request(u"select * from Record_Table where ID = :n"_s, {{u"n"_s, true}}) << 400;
   }
@@ -236,8 +251,8 @@ private slots:
 
   void getAnswersWhoIsThere() {
     Server->SetAnswerDelay(50); // a slow server still answers in full
-    const Reply reply = Await(Net.get(QNetworkRequest(QUrl(
-        u"http://127.0.0.1:%1/bin"_s.arg(Server->QueryPort())))));
+    const Reply reply = Await(
+        Net.get(QNetworkRequest(QUrl(u"http://127.0.0.1:%1/bin"_s.arg(Server->QueryPort())))));
     QCOMPARE(reply.Status, 200);
     QCOMPARE(reply.Json().value(u"version"_s).toInt(), 1);
     QVERIFY(reply.Json().value(u"server"_s).toString().startsWith(u"trunkdesk-recordserver"_s));
@@ -255,8 +270,8 @@ private slots:
     QTest::newRow("blanks and Chinese") << name << QByteArray() << 200 << wav << QByteArray();
     QTest::newRow("range") << name << QByteArray("bytes=2-5") << 206 << QByteArray("FFxx")
                            << QByteArray("bytes 2-5/67");
-    QTest::newRow("open range") << name << QByteArray("bytes=60-") << 206
-                                << QByteArray("xxxxend") << QByteArray("bytes 60-66/67");
+    QTest::newRow("open range") << name << QByteArray("bytes=60-") << 206 << QByteArray("xxxxend")
+                                << QByteArray("bytes 60-66/67");
     QTest::newRow("last bytes") << name << QByteArray("bytes=-3") << 206 << QByteArray("end")
                                 << QByteArray("bytes 64-66/67");
     QTest::newRow("range past the end")
@@ -266,8 +281,8 @@ private slots:
     };
     refused("dot dot", "/../secret.txt");
     refused("encoded dot dot", "/%2e%2e/secret.txt");
-    refused("dot dot after a folder", "/" + QUrl::toPercentEncoding(u"前台 录音"_s) +
-                                          "/%2E%2E/%2e%2e/secret.txt");
+    refused("dot dot after a folder",
+            "/" + QUrl::toPercentEncoding(u"前台 录音"_s) + "/%2E%2E/%2e%2e/secret.txt");
     refused("encoded slashes", "/..%2f..%2fsecret.txt");
     refused("backslash", "/..%5csecret.txt");
     refused("NUL", "/secret.txt%00.wav");
@@ -323,8 +338,8 @@ private slots:
     }
     QVERIFY(names.size() > 1);
     // One of them through the file port, as a player fetches it.
-    const QString some = rows.at(0).toArray().at(0).toString() + u'/' +
-                         rows.at(0).toArray().at(1).toString();
+    const QString some =
+        rows.at(0).toArray().at(0).toString() + u'/' + rows.at(0).toArray().at(1).toString();
     QCOMPARE(RawGet("/" + QUrl::toPercentEncoding(some, "/")).Status, 200);
   }
 

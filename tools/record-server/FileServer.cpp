@@ -138,7 +138,8 @@ bool RecordFileServer::handleRequest(const QHttpServerRequest &request, QTcpSock
     if (range.Is == ByteRange::Kind::Unsatisfiable) {
       answer.Status = 416;
       answer.ContentType.clear();
-      answer.Headers << qMakePair(QByteArray("Content-Range"), "bytes */" + QByteArray::number(size));
+      answer.Headers << qMakePair(QByteArray("Content-Range"),
+                                  "bytes */" + QByteArray::number(size));
     } else if (range.Is == ByteRange::Kind::Part) {
       answer.Status = 206;
       data.seek(range.First);
@@ -151,13 +152,12 @@ bool RecordFileServer::handleRequest(const QHttpServerRequest &request, QTcpSock
       answer.Body = data.readAll();
     }
   }
-  const char *method = head ? "HEAD"
-                     : request.method() == QHttpServerRequest::Method::Get ? "GET"
-                                                                            : "other";
+  const char *method = head                                                  ? "HEAD"
+                       : request.method() == QHttpServerRequest::Method::Get ? "GET"
+                                                                             : "other";
   qInfo().noquote() << u"%1 %2 %3 %4 bytes from %5%6"_s.arg(
-      QString::fromLatin1(method), LoggedPath(path),
-      QString::number(answer.Status), QString::number(answer.Body.size()),
-      request.remoteAddress().toString(), note);
+      QString::fromLatin1(method), LoggedPath(path), QString::number(answer.Status),
+      QString::number(answer.Body.size()), request.remoteAddress().toString(), note);
   HttpAnswer::Write(socket, answer, HttpAnswer::WantsClose(request));
   return true;
 }

@@ -29,11 +29,12 @@ protected:
     // Connected before the HTTP server's own reader, so this runs first and
     // sees each arrival before it is read.
     connect(socket, &QTcpSocket::readyRead, socket, [socket, cap = Cap] {
-      const qint64 pending = socket->property(kPendingBytes).toLongLong() + socket->bytesAvailable();
+      const qint64 pending =
+          socket->property(kPendingBytes).toLongLong() + socket->bytesAvailable();
       socket->setProperty(kPendingBytes, pending);
       if (pending > cap && socket->state() == QAbstractSocket::ConnectedState) {
-        qWarning().noquote() << u"%1: a request of more than %2 bytes, connection cut"_s.arg(
-                                    socket->peerAddress().toString())
+        qWarning().noquote() << u"%1: a request of more than %2 bytes, connection cut"_s
+                                    .arg(socket->peerAddress().toString())
                                     .arg(cap);
         QMetaObject::invokeMethod(socket, &QTcpSocket::abort, Qt::QueuedConnection);
       }
@@ -74,8 +75,8 @@ void Write(QTcpSocket *socket, const Answer &answer, bool close) {
   if (!socket || socket->state() != QAbstractSocket::ConnectedState)
     return;
   socket->setProperty(kPendingBytes, 0);
-  QByteArray head = "HTTP/1.1 " + QByteArray::number(answer.Status) + ' ' +
-                    ReasonPhrase(answer.Status) + "\r\n";
+  QByteArray head =
+      "HTTP/1.1 " + QByteArray::number(answer.Status) + ' ' + ReasonPhrase(answer.Status) + "\r\n";
   if (!answer.ContentType.isEmpty())
     head += "Content-Type: " + answer.ContentType + "\r\n";
   head += "Content-Length: " + QByteArray::number(answer.Body.size()) + "\r\n";
@@ -100,8 +101,8 @@ quint16 Listen(QAbstractHttpServer &server, const QHostAddress &address, quint16
   auto *tcp = new CappedTcpServer(maxRequestBytes, &server);
   if (!tcp->listen(address, port)) {
     if (error)
-      *error = u"cannot listen on %1:%2: %3"_s.arg(address.toString()).arg(port).arg(
-          tcp->errorString());
+      *error =
+          u"cannot listen on %1:%2: %3"_s.arg(address.toString()).arg(port).arg(tcp->errorString());
     delete tcp;
     return 0;
   }

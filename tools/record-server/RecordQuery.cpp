@@ -98,18 +98,53 @@ QString Bind(sqlite3_stmt *stmt, const QJsonObject &params) {
   return {};
 }
 
-QJsonValue Cell(sqlite3_stmt *stmt, int column) {
+// The answer of a search is written as text directly: a console's page of
+// 5,000 rows is built several times faster than through JSON objects.
+void AppendString(QByteArray &out, QByteArrayView text) {
+  QByteArray repaired;
+  if (!text.isValidUtf8()) {
+    repaired = QString::fromUtf8(text).toUtf8();
+    text = repaired;
+  }
+  out += '"';
+  qsizetype run = 0; // start of the bytes not yet copied
+  for (qsizetype i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<uchar>(text[i]);
+    if (c >= 0x20 && c != '"' && c != '\\')
+      continue;
+    out += text.sliced(run, i - run);
+    if (c == '"' || c == '\\') {
+      out += '\\';
+      out += char(c);
+    } else {
+      static constexpr char kHex[] = "0123456789abcdef";
+      out += "\\u00";
+      out += kHex[c >> 4];
+      out += kHex[c & 0xF];
+    }
+    run = i + 1;
+  }
+  out += text.sliced(run);
+  out += '"';
+}
+
+void AppendCell(QByteArray &out, sqlite3_stmt *stmt, int column) {
   switch (sqlite3_column_type(stmt, column)) {
   case SQLITE_INTEGER:
-    return QJsonValue(static_cast<qint64>(sqlite3_column_int64(stmt, column)));
-  case SQLITE_FLOAT:
-    return sqlite3_column_double(stmt, column);
-  case SQLITE_NULL:
-    return QJsonValue::Null;
-  default: { // text, and a blob as the text it holds
-    const auto *text = static_cast<const char *>(sqlite3_column_blob(stmt, column));
-    return QString::fromUtf8(text, sqlite3_column_bytes(stmt, column));
+    out += QByteArray::number(static_cast<qint64>(sqlite3_column_int64(stmt, column)));
+    break;
+  case SQLITE_FLOAT: {
+    const double d = sqlite3_column_double(stmt, column);
+    out += std::isfinite(d) ? QByteArray::number(d, 'g', 17) : QByteArray("null");
+    break;
   }
+  case SQLITE_NULL:
+    out += "null";
+    break;
+  default: // text, and a blob as the text it holds
+    AppendString(out, QByteArrayView(static_cast<const char *>(sqlite3_column_blob(stmt, column)),
+                                     sqlite3_column_bytes(stmt, column)));
+    break;
   }
 }
 
@@ -174,32 +209,32 @@ Result Answer(sqlite3 *db, const QByteArray &body) {
   sqlite3_progress_handler(db, 10000, StopWhenLate, &deadline);
 
   const int columnCount = sqlite3_column_count(stmt.Handle);
-  QJsonArray columns;
-  for (int c = 0; c < columnCount; ++c)
-    columns.append(QString::fromUtf8(sqlite3_column_name(stmt.Handle, c)));
-  QJsonArray rows;
+  QByteArray json = R"({"version":)" + QByteArray::number(kVersion) + R"(,"error":"","columns":[)";
+  for (int c = 0; c < columnCount; ++c) {
+    if (c)
+      json += ',';
+    AppendString(json, sqlite3_column_name(stmt.Handle, c));
+  }
+  json += R"(],"rows":[)";
+  int rows = 0;
   int step = SQLITE_ROW;
   while ((step = sqlite3_step(stmt.Handle)) == SQLITE_ROW) {
-    if (rows.size() >= kMaxRows)
+    if (rows >= kMaxRows)
       return Refuse(500, u"结果超过 %1 行，请缩小查询范围"_s.arg(kMaxRows));
-    QJsonArray row;
-    for (int c = 0; c < columnCount; ++c)
-      row.append(Cell(stmt.Handle, c));
-    rows.append(row);
+    json += rows++ ? ",[" : "[";
+    for (int c = 0; c < columnCount; ++c) {
+      if (c)
+        json += ',';
+      AppendCell(json, stmt.Handle, c);
+    }
+    json += ']';
   }
   if (step == SQLITE_INTERRUPT)
     return Refuse(500, u"查询用时过长，已中止，请缩小查询范围"_s);
   if (step != SQLITE_DONE)
     return Refuse(500, u"录音记录库出错：%1"_s.arg(stmt.Message()));
-
-  Result result;
-  result.Rows = int(rows.size());
-  result.Json = QJsonDocument(QJsonObject{{u"version"_s, kVersion},
-                                          {u"error"_s, QString()},
-                                          {u"columns"_s, columns},
-                                          {u"rows"_s, rows}})
-                    .toJson(QJsonDocument::Compact);
-  return result;
+  json += "]}";
+  return {200, json, rows, {}};
 }
 
 } // namespace RecordQuery

@@ -74,8 +74,7 @@ private:
 };
 
 RecordServer::RecordServer(QObject *parent)
-    : QObject(parent),
-      StoreConnection(u"record-store-%1"_s.arg(quintptr(this), 0, 16)),
+    : QObject(parent), StoreConnection(u"record-store-%1"_s.arg(quintptr(this), 0, 16)),
       QueryConnection(u"record-query-%1"_s.arg(quintptr(this), 0, 16)) {}
 
 RecordServer::~RecordServer() {
@@ -155,8 +154,8 @@ bool RecordServer::Listen(const QHostAddress &address, quint16 queryPort, quint1
   Files->SetRoot(FileRoot);
   QString error;
   QueryPortNo = HttpAnswer::Listen(*Queries, address, queryPort, kQueryRequestCap, &error);
-  FilePortNo = QueryPortNo ? HttpAnswer::Listen(*Files, address, filePort, kFileRequestCap, &error)
-                           : 0;
+  FilePortNo =
+      QueryPortNo ? HttpAnswer::Listen(*Files, address, filePort, kFileRequestCap, &error) : 0;
   if (!QueryPortNo || !FilePortNo) {
     Queries.reset();
     Files.reset();
@@ -190,8 +189,10 @@ qint64 RecordServer::AddRecording(const QString &startTime, const QString &conne
   QSqlQuery q(QSqlDatabase::database(StoreConnection));
   q.prepare(u"insert into Record_Table (startTime, connectTime, caller, called, shortDir, "
             "VoiceFileName) values (?, ?, ?, ?, ?, ?)"_s);
+  // An empty text is stored as one, not as NULL: consoles read shortDir "" as
+  // "the name says where the file is".
   for (const QString &value : {startTime, connectTime, caller, called, shortDir, voiceFileName})
-    q.addBindValue(value);
+    q.addBindValue(value.isNull() ? u""_s : value);
   if (!q.exec())
     return Fail(q.lastError().text()), -1;
   return q.lastInsertId().toLongLong();
@@ -255,10 +256,12 @@ void RecordServer::HandleBin(const QHttpServerRequest &request, QTcpSocket *sock
   if (request.url().path() != u"/bin"_s) {
     refuse(404, u"没有这个地址，录音查询在 /bin"_s);
   } else if (method == QHttpServerRequest::Method::Get) {
-    result.Json = QJsonDocument(QJsonObject{{u"version"_s, RecordQuery::kVersion},
-                                            {u"error"_s, QString()},
-                                            {u"server"_s, QString::fromLatin1("trunkdesk-recordserver " TRUNKDESK_VERSION)}})
-                      .toJson(QJsonDocument::Compact);
+    result.Json =
+        QJsonDocument(QJsonObject{{u"version"_s, RecordQuery::kVersion},
+                                  {u"error"_s, QString()},
+                                  {u"server"_s, QString::fromLatin1(
+                                                    "trunkdesk-recordserver " TRUNKDESK_VERSION)}})
+            .toJson(QJsonDocument::Compact);
   } else if (method != QHttpServerRequest::Method::Post) {
     refuse(405, u"只接受 GET 和 POST"_s);
   } else if (!StoreOpen) {

@@ -37,8 +37,7 @@ public:
   bool FillDemo(int rows);
   // Adds one row; returns its ID or -1.
   qint64 AddRecording(const QString &startTime, const QString &connectTime, const QString &caller,
-                      const QString &called, const QString &shortDir,
-                      const QString &voiceFileName);
+                      const QString &called, const QString &shortDir, const QString &voiceFileName);
 
   // A slow server: every /bin answer goes this many ms late.
   void SetAnswerDelay(int ms);

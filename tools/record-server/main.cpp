@@ -5,9 +5,9 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QSqlDatabase>
 #include <QSqlQuery>
-#include <QTemporaryDir>
 #include <QTextStream>
 
 using namespace Qt::StringLiterals;
@@ -68,8 +68,10 @@ int main(int argc, char *argv[]) {
        u"addr"_s, u"127.0.0.1"_s},
       {u"port"_s, u"The protocol's port."_s, u"n"_s, u"9004"_s},
       {u"file-port"_s, u"The sound files' port."_s, u"n"_s, u"8097"_s},
-      {u"demo"_s, u"Fill an empty store with demo recordings and tone WAVs (%1 rows unless "
-                  "a count follows); without --store, into a temporary folder."_s.arg(kDemoRows)},
+      {u"demo"_s,
+       u"Fill an empty store with demo recordings and tone WAVs (%1 rows unless "
+       "a count follows); without --store, into a fresh folder of the temporary area."_s.arg(
+           kDemoRows)},
   });
   parser.addPositionalArgument(u"rows"_s, u"With --demo: how many demo rows."_s, u"[rows]"_s);
   parser.process(app);
@@ -93,12 +95,16 @@ int main(int argc, char *argv[]) {
 
   QString store = parser.value(u"store"_s);
   QString files = parser.value(u"files"_s);
-  // A demo without a store of its own leaves nothing behind.
-  QTemporaryDir scratch;
+  // A demo without a store of its own works in one folder of the temporary
+  // area, made afresh each time, so runs ended by Ctrl+C don't pile up copies
+  // and the rows are always of the last days.
   if (demo && !parser.isSet(u"store"_s)) {
-    if (!scratch.isValid())
-      return Complain(u"Cannot make a temporary folder for the demo: "_s + scratch.errorString());
+    const QDir scratch(QDir::temp().filePath(u"trunkdesk-recordserver-demo"_s));
     store = scratch.filePath(u"recordings.db"_s);
+    for (const QString &suffix : {u""_s, u"-wal"_s, u"-shm"_s})
+      QFile::remove(store + suffix);
+    if (!scratch.mkpath(u"."_s))
+      return Complain(u"Cannot make the demo's folder "_s + scratch.path());
     if (!parser.isSet(u"files"_s))
       files = scratch.filePath(u"records"_s);
   }
