@@ -6,7 +6,8 @@ set -euo pipefail
 PACKAGES=(
   g++ cmake ninja-build ccache pkg-config
   qt6-base-dev libqt6sql6-sqlite libsqlite3-dev
-  qt6-multimedia-dev   # the ring and, later, recordings
+  qt6-multimedia-dev   # the ring and the recordings player
+  gstreamer1.0-plugins-base gstreamer1.0-plugins-good  # what the player decodes and plays with
   qt6-httpserver-dev   # the reference recording server's HTTP side
   sqlite3              # plays "another program holding the database" in the tests
   libbenchmark-dev

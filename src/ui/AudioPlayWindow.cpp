@@ -2,9 +2,11 @@
 
 #include "ui/Named.h"
 
+#include <QAudioDevice>
 #include <QAudioOutput>
 #include <QCloseEvent>
 #include <QHBoxLayout>
+#include <QMediaDevices>
 #include <QMediaPlayer>
 #include <QSlider>
 #include <QVBoxLayout>
@@ -34,13 +36,33 @@ private:
   QAudioOutput m_audio;
   QMediaPlayer m_player;
 };
+
+// Where the machine has no sound output at all: nothing to play on, and some
+// media back ends fall over building a pipeline without one.
+class SilentOutput : public TMediaOutput {
+public:
+  void SetSource(const QUrl &) override {}
+  void Play() override {}
+  void Pause() override {}
+  void Stop() override {}
+  void SetPosition(qint64) override {}
+  void SetVolume(int) override {}
+  qint64 Position() const override { return 0; }
+  qint64 Duration() const override { return 0; }
+  bool Playing() const override { return false; }
+};
 } // namespace
 
 TAudioPlayWindow::TAudioPlayWindow(QWidget *parent) : QWidget(parent, Qt::Window) {
   setObjectName(u"TAudioPlay_Form"_s);
-  auto *output = new QtMediaOutput;
-  m_output.reset(output);
-  m_form = std::make_unique<TAudioPlay_Form>(*output);
+  QtMediaOutput *output = nullptr;
+  if (QMediaDevices::audioOutputs().isEmpty()) {
+    m_output = std::make_unique<SilentOutput>();
+  } else {
+    output = new QtMediaOutput;
+    m_output.reset(output);
+  }
+  m_form = std::make_unique<TAudioPlay_Form>(*m_output);
   resize(420, 130);
 
   m_position = NamedLabel(u"StaticText_StartTime"_s, {}, this);
@@ -82,6 +104,8 @@ TAudioPlayWindow::TAudioPlayWindow(QWidget *parent) : QWidget(parent, Qt::Window
       QMetaObject::invokeMethod(this, [this] { m_form->SeekTo(m_seek->value()); },
                                 Qt::QueuedConnection);
   });
+  if (!output)
+    return;
   QMediaPlayer &player = output->Player();
   connect(&player, &QMediaPlayer::errorOccurred, this,
           [this](QMediaPlayer::Error, const QString &text) { m_form->MediaError(text); });
@@ -91,6 +115,12 @@ TAudioPlayWindow::TAudioPlayWindow(QWidget *parent) : QWidget(parent, Qt::Window
 
 TAudioPlayWindow::~TAudioPlayWindow() {
   m_form.reset(); // before the player it refers to
+}
+
+void TAudioPlayWindow::Play(const QUrl &source, const QString &caption) {
+  m_form->Play(source, caption);
+  if (dynamic_cast<SilentOutput *>(m_output.get()))
+    m_form->MediaError(u"本机没有声音输出设备，无法播放"_s);
 }
 
 void TAudioPlayWindow::Refresh() {

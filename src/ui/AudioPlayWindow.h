@@ -21,6 +21,8 @@ public:
   ~TAudioPlayWindow() override;
 
   TAudioPlay_Form &Form() { return *m_form; }
+  // Plays a recording, or says why it can't on a machine without sound.
+  void Play(const QUrl &source, const QString &caption);
 
 protected:
   void closeEvent(QCloseEvent *event) override;

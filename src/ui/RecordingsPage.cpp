@@ -198,7 +198,7 @@ QWidget *BuildRecordingsPage(TRecordServerPage &logic, QWidget *parent) {
                      if (!*player)
                        *player = new TAudioPlayWindow(page);
                      TAudioPlayWindow *w = *player;
-                     w->Form().Play(source, caption);
+                     w->Play(source, caption);
                      w->show();
                      w->raise();
                      w->activateWindow();
