@@ -15,6 +15,8 @@ public:
     sqlite3_open_v2(file.toUtf8().constData(), &m_db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE,
                     nullptr);
     sqlite3_busy_timeout(m_db, 1000);
+    // As durable as the console's own connection, no more.
+    Exec(QStringLiteral("PRAGMA synchronous=NORMAL"));
   }
   ~RawStore() { sqlite3_close(m_db); }
   RawStore(const RawStore &) = delete;

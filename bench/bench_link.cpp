@@ -15,12 +15,11 @@
 #include <QEventLoop>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QSemaphore>
 #include <QTcpSocket>
 #include <QTimer>
 
 #include <benchmark/benchmark.h>
-
-#include <QSemaphore>
 
 #include <atomic>
 #include <thread>
@@ -164,6 +163,20 @@ double WorkerSwitches() {
   }
   return total;
 }
+
+// Each iteration a second of the event loop; the wake-ups of the last one.
+double WakeUpsPerSecond(benchmark::State &state) {
+  double perSecond = 0;
+  for (auto _ : state) {
+    const double before = WorkerSwitches();
+    QElapsedTimer clock;
+    clock.start();
+    QTest::qWait(1000);
+    perSecond = (WorkerSwitches() - before) * 1000.0 / double(clock.elapsed());
+    state.SetIterationTime(double(clock.nsecsElapsed()) / 1e9);
+  }
+  return perSecond;
+}
 } // namespace
 
 // An idle console with its receive worker running: how many times a second
@@ -174,15 +187,7 @@ static void BM_IdleWorkerWakeUps(benchmark::State &state) {
   TMain_Form main;
   main.Link().StartWorker();
   QTest::qWait(100);
-  double perSecond = 0;
-  for (auto _ : state) {
-    const double before = WorkerSwitches();
-    QElapsedTimer clock;
-    clock.start();
-    QTest::qWait(1000);
-    perSecond = (WorkerSwitches() - before) * 1000.0 / double(clock.elapsed());
-    state.SetIterationTime(double(clock.nsecsElapsed()) / 1e9);
-  }
+  const double perSecond = WakeUpsPerSecond(state);
   main.Link().StopWorker();
   state.counters["wakeups_per_s"] = perSecond;
 }
@@ -203,15 +208,7 @@ static void BM_IdleThreadWakeUpsBaseline(benchmark::State &state) {
     }
   });
   QTest::qWait(100);
-  double perSecond = 0;
-  for (auto _ : state) {
-    const double before = WorkerSwitches();
-    QElapsedTimer clock;
-    clock.start();
-    QTest::qWait(1000);
-    perSecond = (WorkerSwitches() - before) * 1000.0 / double(clock.elapsed());
-    state.SetIterationTime(double(clock.nsecsElapsed()) / 1e9);
-  }
+  const double perSecond = WakeUpsPerSecond(state);
   stop = true;
   wake.release();
   thread.join();

@@ -76,6 +76,13 @@ void OpenYear(int millions) {
   open = millions;
 }
 
+// The console's store, new, in `home`.
+void OpenNewStore(const QTemporaryDir &home) {
+  SetAppPath(home.path());
+  SysConfig().DBFile.clear();
+  Sys_DM().DataModuleCreate();
+}
+
 RawStore &Raw() {
   static std::unique_ptr<RawStore> raw;
   static QString file;
@@ -225,9 +232,7 @@ static void BM_MinuteOfLockedStore(benchmark::State &state) {
   constexpr int kRecordsInAMinute = 300000;
   for (auto _ : state) {
     QTemporaryDir home;
-    SetAppPath(home.path());
-    SysConfig().DBFile.clear();
-    Sys_DM().DataModuleCreate();
+    OpenNewStore(home);
     TPendingWrites &pending = Sys_DM().PendingWrites();
     double longestAppend = 0;
     double longestTurn = 0;
@@ -281,9 +286,7 @@ static void BM_MinuteOfRecordsFloor(benchmark::State &state) {
   constexpr int kRecordsInAMinute = 300000;
   for (auto _ : state) {
     QTemporaryDir home;
-    SetAppPath(home.path());
-    SysConfig().DBFile.clear();
-    Sys_DM().DataModuleCreate();
+    OpenNewStore(home);
     RawStore raw(Sys_DM().FileName());
     sqlite3_stmt *insert = nullptr;
     sqlite3_prepare_v2(raw.Handle(),
