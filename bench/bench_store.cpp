@@ -101,19 +101,23 @@ struct Statement {
 };
 Statement Of(int which) {
   switch (which) {
-  case 0: return {ViewCondition(kToday, 7), 0};    // count of the last seven days
-  case 1: return {ViewCondition(kToday, 7), 1};    // their page 1
-  case 2: return {ViewCondition(kYearStart + 180, 30), 10}; // page 10 of a 30-day range
-  default: return {kNoDates, 10000};               // page 10,000 of the whole table
+  case 0:
+    return {ViewCondition(kToday, 7), 0}; // count of the last seven days
+  case 1:
+    return {ViewCondition(kToday, 7), 1}; // their page 1
+  case 2:
+    return {ViewCondition(kYearStart + 180, 30), 10}; // page 10 of a 30-day range
+  default:
+    return {kNoDates, 10000}; // page 10,000 of the whole table
   }
 }
-const char *const kStatementNames[] = {"count of a week", "page 1 of a week",
-                                       "page 10 of 30 days", "page 10,000 of all"};
+const char *const kStatementNames[] = {"count of a week", "page 1 of a week", "page 10 of 30 days",
+                                       "page 10,000 of all"};
 
 QString JetOf(const Statement &s, const QString &order) {
-  return s.page == 0 ? u"select count(*) as recordCount from %1 where %2 "_s.arg(kTable,
-                                                                              s.condition)
-                     : TSys_DM::BuildPageSQL(50, s.page, kTable, s.condition, order);
+  return s.page == 0
+             ? u"select count(*) as recordCount from %1 where %2 "_s.arg(kTable, s.condition)
+             : TSys_DM::BuildPageSQL(50, s.page, kTable, s.condition, order);
 }
 
 enum class Way { Console, Floor, IdOrder };
@@ -203,8 +207,7 @@ static void BM_DBinitNewFileFloor(benchmark::State &state) {
         raw.Exec(TranslateJet(table));
       raw.Exec(u"BEGIN"_s);
       sqlite3_stmt *insert = nullptr;
-      sqlite3_prepare_v2(raw.Handle(), "INSERT INTO Exts (portID) values(?)", -1, &insert,
-                         nullptr);
+      sqlite3_prepare_v2(raw.Handle(), "INSERT INTO Exts (portID) values(?)", -1, &insert, nullptr);
       for (int port = 0; port < 3072; ++port) {
         sqlite3_bind_int(insert, 1, port);
         sqlite3_step(insert);

@@ -380,7 +380,7 @@ QString TSys_DM::BuildPageSQL(int pageSize, int page, const QString &table,
                               const QString &condition, const QString &order) {
   if (page == 1)
     return u"SELECT TOP %1 * FROM %2 WHERE (%3) ORDER BY %4"_s.arg(pageSize).arg(table, condition,
-                                                                               order);
+                                                                                 order);
   return u"SELECT TOP %1 * FROM %2 WHERE (%3) and  (id NOT IN          (                SELECT TOP %4 id FROM %5 where (%6) ORDER BY %7           ) )ORDER BY %7"_s
       .arg(pageSize)
       .arg(table, condition)

@@ -148,7 +148,8 @@ void RunRecordExport(const TFrame_DataPage &frame, const QList<TRecordColumn> &c
   const QString path = TheShell().ChooseSaveFile(u"CSV (*.csv)"_s, suggested);
   if (path.isEmpty())
     return;
-  const TRecordExportResult r = ExportRecords(path, frame.TableName, frame.Condition, columns, frame.PageOrder);
+  const TRecordExportResult r =
+      ExportRecords(path, frame.TableName, frame.Condition, columns, frame.PageOrder);
   const QString shown = QDir::toNativeSeparators(path);
   if (!r.Ok) {
     WriteLog(u"Export of %1 to %2 failed: %3"_s.arg(frame.TableName, path, r.Error));
