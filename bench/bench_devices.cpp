@@ -1,5 +1,5 @@
 // The board's layout over 3072 panels, and enumerating 3072 devices from the
-// simulated exchange over loopback.
+// simulated exchange over loopback, each beside its floor.
 #include "link/ExchangeLink.h"
 #include "link/Public_Unit.h"
 #include "link/SysParam.h"
@@ -19,6 +19,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <vector>
+
 using namespace Qt::StringLiterals;
 
 static void BM_Relayout3072(benchmark::State &state) {
@@ -37,8 +39,29 @@ static void BM_Relayout3072(benchmark::State &state) {
 }
 BENCHMARK(BM_Relayout3072)->Unit(benchmark::kMicrosecond);
 
+// The floor: 3072 places in rows of the same width, from their index alone.
+static void BM_Relayout3072Floor(benchmark::State &state) {
+  TCallControlDev table;
+  std::vector<std::pair<int, int>> places(kDeviceCount);
+  int width = 1280;
+  for (auto _ : state) {
+    width = width == 1280 ? 1366 : 1280;
+    const int pitchX = table.PanelWidth + table.GapX;
+    const int columns = qMax(1, width / pitchX);
+    for (int i = 0; i < kDeviceCount; ++i)
+      places[size_t(i)] = {table.MarginLeft + i % columns * pitchX,
+                           table.MarginTop +
+                               i / columns * (table.MarginTop + table.PanelHeight + table.GapY)};
+    benchmark::DoNotOptimize(places.back().second);
+  }
+}
+BENCHMARK(BM_Relayout3072Floor)->Unit(benchmark::kMicrosecond);
+
 // From the first request to the end of the service class names, Debug 0.
+// Arg 1 is the floor: the same lock-step round trips over the same link, each
+// answer only telling which request comes next (no table, no board).
 static void BM_Enumerate3072(benchmark::State &state) {
+  const bool floor = state.range(0) != 0;
   QTemporaryDir home;
   SetAppPath(home.path());
   SysConfig().TypeVisible.fill(true);
@@ -69,14 +92,25 @@ static void BM_Enumerate3072(benchmark::State &state) {
       if (h.TypeCode == 16) {
         SysParam().MyID = h.ID;
         loop.quit();
+      } else if (h.TypeCode == 34 && floor) {
+        const int id = GetI16(work.constData(), 16);
+        net.NextID = id + 1;
+        net.SrvClassIndex = 0;
+        net.Send(id == -1 ? TNetModule::QuerySrvClassName : TNetModule::QueryDevice);
       } else if (h.TypeCode == 34) {
         events.processPacketFromSocket_OtherTIS(work.constData());
       } else if (h.TypeCode == 36) {
-        if (GetU16(work.constData(), 16) == 65535) {
+        const int index = GetU16(work.constData(), 16);
+        if (index == 65535) {
           namesDone = true;
           loop.quit();
         }
-        events.processPacketFromSocket_SrvClassName(work.constData());
+        if (!floor) {
+          events.processPacketFromSocket_SrvClassName(work.constData());
+        } else if (index != 65535) {
+          net.SrvClassIndex = index + 1;
+          net.Send(TNetModule::QuerySrvClassName);
+        }
       }
     });
     link.StartWorker();
@@ -89,13 +123,23 @@ static void BM_Enumerate3072(benchmark::State &state) {
     loop.exec(); // logged in
     QElapsedTimer clock;
     clock.start();
-    board.RefreshPhones_tefxButtonClick();
+    if (floor) {
+      net.NextID = 0;
+      net.Send(TNetModule::QueryDevice);
+    } else {
+      board.RefreshPhones_tefxButtonClick();
+    }
     QTimer::singleShot(30000, &loop, &QEventLoop::quit);
     loop.exec();
     state.SetIterationTime(double(clock.nsecsElapsed()) / 1e9);
-    state.counters["panels"] = table.PanelCount();
+    state.counters["panels"] = floor ? 0 : table.PanelCount();
     if (!namesDone)
       state.SkipWithError("the enumeration did not finish");
   }
 }
-BENCHMARK(BM_Enumerate3072)->UseManualTime()->Iterations(3)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Enumerate3072)
+    ->Arg(0)
+    ->Arg(1)
+    ->UseManualTime()
+    ->Iterations(3)
+    ->Unit(benchmark::kMillisecond);

@@ -1,9 +1,11 @@
 // The directory's costs on a store that has run for years: storing one call
 // with a million calls logged, and looking a caller up in books of up to a
 // million contacts, both once per ring.
+#include "RawStore.h"
 #include "directory/DirectoryPages.h"
 #include "directory/Query.h"
 #include "directory/SysDM_Unit.h"
+#include "support/Clock.h"
 #include "support/Paths.h"
 #include "support/Settings.h"
 
@@ -58,6 +60,17 @@ static void BM_AddConRecord_1M(benchmark::State &state) {
     benchmark::DoNotOptimize(pages.AddConRecord(u"13900001111"_s, 1));
 }
 BENCHMARK(BM_AddConRecord_1M)->Unit(benchmark::kMillisecond);
+
+// The floor: the same row inserted straight on SQLite, committed on its own.
+static void BM_AddConRecord_1MFloor(benchmark::State &state) {
+  Store();
+  RawStore raw(Sys_DM().FileName());
+  const QString insert = u"INSERT INTO conRecords (TelNos, State, DateTime) "
+                         u"VALUES ('13900001111', 1, '%1')"_s.arg(FormatFull(Now()));
+  for (auto _ : state)
+    benchmark::DoNotOptimize(raw.Exec(insert));
+}
+BENCHMARK(BM_AddConRecord_1MFloor)->Unit(benchmark::kMillisecond);
 
 // The caller lookups at 10k, 100k and 1M contacts, through the key table and,
 // as the baseline in the same run, as the plain statements that read every

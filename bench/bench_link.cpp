@@ -15,9 +15,14 @@
 #include <QEventLoop>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QSemaphore>
+#include <QTcpSocket>
 #include <QTimer>
 
 #include <benchmark/benchmark.h>
+
+#include <atomic>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -44,6 +49,24 @@ static void BM_WalkAndDispatchPulses(benchmark::State &state) {
   state.SetItemsProcessed(state.iterations() * count);
 }
 BENCHMARK(BM_WalkAndDispatchPulses)->Unit(benchmark::kMicrosecond);
+
+// The floor of the walk: each packet's header read and the walk moved on by its
+// length, nothing dispatched.
+static void BM_WalkPulsesFloor(benchmark::State &state) {
+  int count = 0;
+  const QByteArray block = PulseBlock(&count);
+  for (auto _ : state) {
+    int types = 0;
+    for (int at = 0; at + kPacketHeaderSize <= block.size();) {
+      const PacketHeader h = PacketHeader::Read(block.constData() + at);
+      types += h.TypeCode;
+      at += qMax<int>(h.Len, kPacketHeaderSize);
+    }
+    benchmark::DoNotOptimize(types);
+  }
+  state.SetItemsProcessed(state.iterations() * count);
+}
+BENCHMARK(BM_WalkPulsesFloor)->Unit(benchmark::kMicrosecond);
 
 // The simulator writes 100,000 Pulses at once; the time runs until the console
 // has dispatched the last of them.
@@ -87,6 +110,41 @@ static void BM_LoopbackPulses(benchmark::State &state) {
 }
 BENCHMARK(BM_LoopbackPulses)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
 
+// The floor of the loopback figure: the same burst read by a bare socket in an
+// event loop that only counts the bytes.
+static void BM_LoopbackPulsesFloor(benchmark::State &state) {
+  constexpr int kPulses = 100000;
+  const QByteArray pulse = ExchangeSim::BuildPacket(1, 1, {});
+  const qint64 total = qint64(kPulses) * pulse.size();
+  for (auto _ : state) {
+    ExchangeSim sim;
+    sim.Listen();
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, sim.Port());
+    if (!socket.waitForConnected(10000) || !QTest::qWaitFor([&] { return sim.IsConnected(); })) {
+      state.SkipWithError("no connection");
+      return;
+    }
+    qint64 received = 0;
+    QEventLoop loop;
+    QObject::connect(&socket, &QTcpSocket::readyRead, &loop, [&] {
+      received += socket.readAll().size();
+      if (received >= total)
+        loop.quit();
+    });
+    QElapsedTimer clock;
+    clock.start();
+    sim.SendBurst(pulse, kPulses);
+    QTimer::singleShot(60000, &loop, &QEventLoop::quit);
+    loop.exec();
+    state.SetIterationTime(double(clock.nsecsElapsed()) / 1e9);
+    if (received < total)
+      state.SkipWithError("not every byte came");
+  }
+  state.SetItemsProcessed(state.iterations() * kPulses);
+}
+BENCHMARK(BM_LoopbackPulsesFloor)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
+
 namespace {
 // Context switches of every thread of this process but the main one, from
 // /proc: how often the receive worker woke.
@@ -105,6 +163,20 @@ double WorkerSwitches() {
   }
   return total;
 }
+
+// Each iteration a second of the event loop; the wake-ups of the last one.
+double WakeUpsPerSecond(benchmark::State &state) {
+  double perSecond = 0;
+  for (auto _ : state) {
+    const double before = WorkerSwitches();
+    QElapsedTimer clock;
+    clock.start();
+    QTest::qWait(1000);
+    perSecond = (WorkerSwitches() - before) * 1000.0 / double(clock.elapsed());
+    state.SetIterationTime(double(clock.nsecsElapsed()) / 1e9);
+  }
+  return perSecond;
+}
 } // namespace
 
 // An idle console with its receive worker running: how many times a second
@@ -115,16 +187,37 @@ static void BM_IdleWorkerWakeUps(benchmark::State &state) {
   TMain_Form main;
   main.Link().StartWorker();
   QTest::qWait(100);
-  double perSecond = 0;
-  for (auto _ : state) {
-    const double before = WorkerSwitches();
-    QElapsedTimer clock;
-    clock.start();
-    QTest::qWait(1000);
-    perSecond = (WorkerSwitches() - before) * 1000.0 / double(clock.elapsed());
-    state.SetIterationTime(double(clock.nsecsElapsed()) / 1e9);
-  }
+  const double perSecond = WakeUpsPerSecond(state);
   main.Link().StopWorker();
   state.counters["wakeups_per_s"] = perSecond;
 }
 BENCHMARK(BM_IdleWorkerWakeUps)->UseManualTime()->Iterations(2)->Unit(benchmark::kMillisecond);
+
+// The baseline the counter must tell apart: a thread that polls its semaphore
+// every millisecond, as the worker once did, beside one asleep on it.
+static void BM_IdleThreadWakeUpsBaseline(benchmark::State &state) {
+  const bool polling = state.range(0) != 0;
+  QSemaphore wake;
+  std::atomic<bool> stop{false};
+  std::thread thread([&] {
+    while (!stop) {
+      if (polling)
+        wake.tryAcquire(1, 1);
+      else
+        wake.acquire();
+    }
+  });
+  QTest::qWait(100);
+  const double perSecond = WakeUpsPerSecond(state);
+  stop = true;
+  wake.release();
+  thread.join();
+  state.counters["wakeups_per_s"] = perSecond;
+  state.SetLabel(polling ? "polling every 1 ms" : "asleep on a semaphore");
+}
+BENCHMARK(BM_IdleThreadWakeUpsBaseline)
+    ->Arg(0)
+    ->Arg(1)
+    ->UseManualTime()
+    ->Iterations(2)
+    ->Unit(benchmark::kMillisecond);

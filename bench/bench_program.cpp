@@ -1,5 +1,6 @@
 // The program as a process: from start to the login dialog on a new home, and
-// its resident memory once 3072 devices are listed on the board.
+// its resident memory once 3072 devices are listed on the board; each beside a
+// bare Qt widget application (bare_window.cpp) started the same way.
 #include "ExchangeSim.h"
 
 #include <QCoreApplication>
@@ -65,6 +66,28 @@ static void BM_StartToLoginDialog(benchmark::State &state) {
   }
 }
 BENCHMARK(BM_StartToLoginDialog)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
+
+// The floor: the bare window's start to its "running", and its resident memory
+// half a second later.
+static void BM_BareWindow(benchmark::State &state) {
+  double resident = 0;
+  for (auto _ : state) {
+    QProcess p;
+    p.setProcessEnvironment(Offscreen());
+    QElapsedTimer clock;
+    clock.start();
+    p.start(QStringLiteral(TRUNKDESK_BARE_WINDOW), {u"2000"_s});
+    QByteArray out;
+    while (!out.contains("running") && p.waitForReadyRead(10000))
+      out += p.readAllStandardOutput();
+    state.SetIterationTime(double(clock.nsecsElapsed()) / 1e9);
+    QTest::qWait(500);
+    resident = ResidentMb(p.processId());
+    p.waitForFinished(10000);
+  }
+  state.counters["resident_MB"] = resident;
+}
+BENCHMARK(BM_BareWindow)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
 
 // Logged in to an exchange of 3072 devices, all on the board.
 static void BM_MemoryWith3072Devices(benchmark::State &state) {

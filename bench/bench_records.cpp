@@ -1,7 +1,8 @@
 // The record views over a year of call records (1,000,000 rows): the start-up
 // search, a page within two dates, a search by part of a number over every row,
 // and the export of 100,000 rows. Each stands beside its floor: the same
-// statements run straight on the connection, rows read and dropped.
+// statements run straight on SQLite (RawStore), rows read and dropped.
+#include "RawStore.h"
 #include "directory/JetSql.h"
 #include "directory/SysDM_Unit.h"
 #include "guest/PBXRecords.h"
@@ -57,22 +58,22 @@ YearOfRecords &Year() {
   return *year;
 }
 
-// The floor: the count and one page of a condition, straight on the connection.
+RawStore &Raw() {
+  static RawStore raw(Sys_DM().FileName());
+  return raw;
+}
+
+// The view's page statement for a condition, as the page bar builds it.
+QString PageSQL(const QString &condition, int page) {
+  return TranslateJet(TSys_DM::BuildPageSQL(50, page, u"PBXConRecords"_s, condition,
+                                            TPBXRecords().Frame_DataPage.PageOrder));
+}
+
+// The floor: the count and one page of a condition, straight on SQLite.
 int RawSearch(const QString &condition, int page) {
-  QSqlQuery q(StoreConnection());
-  q.setForwardOnly(true);
-  q.exec(TranslateJet(u"select count(*) as recordCount from PBXConRecords where %1 "_s.arg(
-      condition)));
-  q.next();
-  const int count = q.value(0).toInt();
-  q.exec(TranslateJet(TSys_DM::BuildPageSQL(50, page, u"PBXConRecords"_s, condition)));
-  int rows = 0;
-  while (q.next()) {
-    for (int c = 0; c < 11; ++c)
-      benchmark::DoNotOptimize(q.value(c));
-    ++rows;
-  }
-  return count + rows;
+  return Raw().Rows(TranslateJet(
+             u"select count(*) as recordCount from PBXConRecords where %1 "_s.arg(condition))) +
+         Raw().Rows(PageSQL(condition, page));
 }
 
 void SetDates(TPBXRecords &r, TDateTime from, TDateTime to) {
@@ -119,14 +120,9 @@ static void BM_PageInADateRangeFloor(benchmark::State &state) {
   Year();
   TPBXRecords records;
   SetDates(records, kYearStart + 181 - double(state.range(0)), kYearStart + 180);
-  const QString condition = records.PBX_BuildCondition();
-  for (auto _ : state) {
-    QSqlQuery q(StoreConnection());
-    q.setForwardOnly(true);
-    q.exec(TranslateJet(TSys_DM::BuildPageSQL(50, 10, u"PBXConRecords"_s, condition)));
-    while (q.next())
-      benchmark::DoNotOptimize(q.value(1));
-  }
+  const QString sql = PageSQL(records.PBX_BuildCondition(), 10);
+  for (auto _ : state)
+    benchmark::DoNotOptimize(Raw().Rows(sql));
 }
 BENCHMARK(BM_PageInADateRangeFloor)->Unit(benchmark::kMillisecond)->Arg(1)->Arg(30);
 
@@ -167,7 +163,9 @@ static void BM_Export100k(benchmark::State &state) {
   const QString path = Year().home.filePath(u"export.csv"_s);
   int rows = 0;
   for (auto _ : state)
-    rows = ExportRecords(path, u"PBXConRecords"_s, condition, TPBXRecords::Columns()).Rows;
+    rows = ExportRecords(path, u"PBXConRecords"_s, condition, TPBXRecords::Columns(),
+                         TPBXRecords().Frame_DataPage.PageOrder)
+               .Rows;
   state.counters["rows"] = rows;
 }
 BENCHMARK(BM_Export100k)->Unit(benchmark::kMillisecond);
@@ -175,15 +173,9 @@ BENCHMARK(BM_Export100k)->Unit(benchmark::kMillisecond);
 // The floor: the same rows read in the same order, and dropped.
 static void BM_Export100kFloor(benchmark::State &state) {
   Year();
-  const QString sql = TranslateJet(
-      u"SELECT * FROM PBXConRecords WHERE (%1) ORDER BY id desc"_s.arg(ExportCondition()));
-  for (auto _ : state) {
-    QSqlQuery q(StoreConnection());
-    q.setForwardOnly(true);
-    q.exec(sql);
-    while (q.next())
-      for (int c = 0; c < 11; ++c)
-        benchmark::DoNotOptimize(q.value(c));
-  }
+  const QString sql = TranslateJet(u"SELECT * FROM PBXConRecords WHERE (%1) ORDER BY %2"_s.arg(
+      ExportCondition(), TPBXRecords().Frame_DataPage.PageOrder));
+  for (auto _ : state)
+    benchmark::DoNotOptimize(Raw().Rows(sql));
 }
 BENCHMARK(BM_Export100kFloor)->Unit(benchmark::kMillisecond);

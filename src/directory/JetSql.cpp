@@ -162,16 +162,19 @@ void MoveTopToLimit(QList<Token> &t) {
 
 // The paged query's NOT IN (SELECT TOP ...) form, which SQLite would answer by
 // building the whole excluded set, becomes the same rows by LIMIT and OFFSET.
+// Both halves must read the same table, condition and order; the order is a
+// plain list of columns and directions.
 QString RewritePageQuery(const QString &jet) {
   static const QRegularExpression page(
-      uR"(^\s*SELECT\s+TOP\s+(\d+)\s+\*\s+FROM\s+(\w+)\s+WHERE\s+\((.*)\)\s+and\s+\(id\s+NOT\s+IN\s*\(\s*SELECT\s+TOP\s+(\d+)\s+id\s+FROM\s+(\w+)\s+where\s+\((.*)\)\s+ORDER\s+BY\s+id\s+desc\s*\)\s*\)\s*ORDER\s+BY\s+id\s+desc\s*$)"_s,
+      uR"(^\s*SELECT\s+TOP\s+(\d+)\s+\*\s+FROM\s+(\w+)\s+WHERE\s+\((.*)\)\s+and\s+\(id\s+NOT\s+IN\s*\(\s*SELECT\s+TOP\s+(\d+)\s+id\s+FROM\s+(\w+)\s+where\s+\((.*)\)\s+ORDER\s+BY\s+([\w\s,]+?)\s*\)\s*\)\s*ORDER\s+BY\s+([\w\s,]+?)\s*$)"_s,
       QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
   const QRegularExpressionMatch m = page.match(jet);
   if (!m.hasMatch() || m.captured(2).compare(m.captured(5), Qt::CaseInsensitive) != 0 ||
-      m.captured(3) != m.captured(6))
+      m.captured(3) != m.captured(6) ||
+      m.captured(7).simplified().compare(m.captured(8).simplified(), Qt::CaseInsensitive) != 0)
     return jet;
-  return u"SELECT * FROM %1 WHERE (%2) ORDER BY id desc LIMIT %3 OFFSET %4"_s.arg(
-      m.captured(2), m.captured(3), m.captured(1), m.captured(4));
+  return u"SELECT * FROM %1 WHERE (%2) ORDER BY %3 LIMIT %4 OFFSET %5"_s.arg(
+      m.captured(2), m.captured(3), m.captured(8).simplified(), m.captured(1), m.captured(4));
 }
 
 // cdate(a - b): the difference of two dates, which SQLite can't take of the

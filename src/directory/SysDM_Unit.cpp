@@ -185,6 +185,45 @@ void EnsureCallerKeys() {
   WriteLog(u"The caller index is built: %1 keys"_s.arg(
       NativeCount(u"SELECT count(*) FROM CallerKeys"_s)));
 }
+
+// The call-record view pages a date window newest first, by start time and then
+// by arrival. One index in that order, holding the columns the view's
+// conditions test (the number boxes always take part, an empty box as like
+// '%%'), answers a page by walking the window from its newest end, a count from
+// the index alone, and a deep page by skipping index entries without reading
+// rows. It replaces the older index on startTime alone, a prefix of it. A store
+// from an older console gets it at its first start here; a failure (a full
+// disk on a big store) leaves the store as it was, the old index in place, and
+// the pages merely slower.
+void EnsureRecordPageIndex() {
+  const QString wanted = QString::fromUtf16(TSys_DM::kRecordPageIndex);
+  if (NativeCount(u"SELECT count(*) FROM sqlite_master WHERE type='index' AND name='%1'"_s.arg(
+          wanted)) == 1 &&
+      NativeCount(u"SELECT count(*) FROM sqlite_master WHERE name='PBXConRecords_startTime'"_s) ==
+          0)
+    return;
+  const int records = NativeCount(u"SELECT count(*) FROM PBXConRecords"_s);
+  WriteLog(u"Building the call-record index for %1 records"_s.arg(records));
+  QSqlDatabase db = StoreConnection();
+  try {
+    if (!db.transaction())
+      throw EDatabaseError(db.lastError().text());
+    try {
+      Native(u"CREATE INDEX IF NOT EXISTS %1 ON PBXConRecords "
+             u"(startTime, ID, Caller, Called, RecType)"_s.arg(wanted));
+      Native(u"DROP INDEX IF EXISTS PBXConRecords_startTime"_s);
+    } catch (...) {
+      db.rollback();
+      throw;
+    }
+    if (!db.commit())
+      throw EDatabaseError(db.lastError().text());
+  } catch (const EDatabaseError &error) {
+    WriteLog(u"The call-record index could not be built: "_s + error.Message());
+    return;
+  }
+  WriteLog(u"The call-record index is built"_s);
+}
 } // namespace
 
 TSys_DM::TSys_DM() = default;
@@ -309,11 +348,8 @@ void TSys_DM::DBinit() {
   if (!FieldExists(u"MainInfo"_s, u"MoringCall_Mode"_s))
     GuardedGroup(*this, {u"Alter Table Exts Add [MoringCall_Mode] integer"_s});
 
-  // Indexes for the searches that run over large tables: the record view's date
-  // window and the call lists' latest hundred. Made once; nothing else changes.
-  GuardedGroup(
-      *this,
-      {u"CREATE INDEX IF NOT EXISTS PBXConRecords_startTime ON PBXConRecords (startTime)"_s});
+  EnsureRecordPageIndex();
+  // The call lists' latest hundred. Made once; nothing else changes.
   GuardedGroup(*this,
                {u"CREATE INDEX IF NOT EXISTS conRecords_DateTime ON conRecords ([DateTime])"_s});
 }
@@ -341,15 +377,15 @@ void TSys_DM::OpenSQL(const QString &sql, TADOQuery &query) {
 }
 
 QString TSys_DM::BuildPageSQL(int pageSize, int page, const QString &table,
-                              const QString &condition) {
+                              const QString &condition, const QString &order) {
   if (page == 1)
-    return u"SELECT TOP %1 * FROM %2 WHERE (%3) ORDER BY id desc"_s.arg(pageSize).arg(table,
-                                                                                      condition);
-  return u"SELECT TOP %1 * FROM %2 WHERE (%3) and  (id NOT IN          (                SELECT TOP %4 id FROM %5 where (%6) ORDER BY id desc           ) )ORDER BY id desc"_s
+    return u"SELECT TOP %1 * FROM %2 WHERE (%3) ORDER BY %4"_s.arg(pageSize).arg(table, condition,
+                                                                                 order);
+  return u"SELECT TOP %1 * FROM %2 WHERE (%3) and  (id NOT IN          (                SELECT TOP %4 id FROM %5 where (%6) ORDER BY %7           ) )ORDER BY %7"_s
       .arg(pageSize)
       .arg(table, condition)
       .arg((page - 1) * pageSize)
-      .arg(table, condition);
+      .arg(table, condition, order);
 }
 
 int TSys_DM::GetRecordCount(const QString &table, const QString &condition) {

@@ -45,6 +45,8 @@ public:
   // The caller key of a number too long to have its runs of seven kept: the
   // lookups always read the contacts that have it.
   static constexpr char16_t kCallerKeyLong[] = u"#long#";
+  // The call records' index in the order the record view pages them.
+  static constexpr char16_t kRecordPageIndex[] = u"PBXConRecords_Pages";
 
   // Opens the file the settings name when it exists, else Database/Notes_DB.db
   // below the program folder (made if missing), and checks the schema. A failure
@@ -57,8 +59,12 @@ public:
   bool TableExists(const QString &table);
   bool FieldExists(const QString &table, const QString &field);
   void OpenSQL(const QString &sql, TADOQuery &query);
+  // One page of a search, newest first by `order` (a list of columns, each with
+  // its direction, ending in a unique one so that pages neither overlap nor
+  // skip a row).
   static QString BuildPageSQL(int pageSize, int page, const QString &table,
-                              const QString &condition);
+                              const QString &condition,
+                              const QString &order = QStringLiteral("id desc"));
   int GetRecordCount(const QString &table, const QString &condition);
   // The appends of received records: they never wait for the store and are
   // never lost (see TPendingWrites). A read through the store sees them.

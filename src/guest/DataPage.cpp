@@ -42,7 +42,7 @@ void TFrame_DataPage::ComboBox_PageIndexChange() {
   if (ComboBox_PageIndex_ItemIndex < 0 || TableName.isEmpty())
     return;
   const QString sql = TSys_DM::BuildPageSQL(kPageSize, ComboBox_PageIndex_ItemIndex + 1,
-                                            TableName, Condition);
+                                            TableName, Condition, PageOrder);
   try {
     if (OpenPage)
       OpenPage(sql);

@@ -24,6 +24,9 @@ public:
 
   QString TableName;
   QString Condition;
+  // The order of the rows on the pages and in an export, newest first; set by
+  // the view that owns the bar.
+  QString PageOrder = QStringLiteral("id desc");
   int RecordCount = 0;
   QString Label_searchResult = QStringLiteral("共有记录9条");
   QStringList ComboBox_PageIndex_Items;

@@ -20,6 +20,13 @@ TPBXRecords::TPBXRecords(QObject *parent)
   TeSComboBox_RecType_Items = {u"(全部)"_s,     u"1-呼叫中放弃"_s, u"2-无应答"_s,
                                u"3-放弃呼叫"_s, u"4-用户忙 "_s,    u"5-通话结束 "_s,
                                u"6 无应答转移 "_s, u"7 忙转转移 "_s, u"8 前转"_s};
+  // Newest first by the time the grid shows, then by arrival among calls of the
+  // same second: the store's record index has this order, so a page of a date
+  // window reads its 50 rows from the window's newest end instead of sorting
+  // every row of it. A record that reached the store late (a long call, whose
+  // record comes at its end; records kept while the store was busy) stands at
+  // its start time, not above the calls that came in meanwhile.
+  Frame_DataPage.PageOrder = u"startTime desc, ID desc"_s;
   Frame_DataPage.OpenPage = [this](const QString &sql) {
     Sys_DM().OpenSQL(sql, ADOQuery_PBXConRecords);
     DBGridEh_PBXConRecords.Load(ADOQuery_PBXConRecords);

@@ -71,7 +71,8 @@ QString CsvCell(const QString &text) {
 }
 
 TRecordExportResult ExportRecords(const QString &path, const QString &table,
-                                  const QString &condition, const QList<TRecordColumn> &columns) {
+                                  const QString &condition, const QList<TRecordColumn> &columns,
+                                  const QString &order) {
   TRecordExportResult result;
   QSaveFile file(path);
   if (!file.open(QIODevice::WriteOnly)) {
@@ -80,7 +81,7 @@ TRecordExportResult ExportRecords(const QString &path, const QString &table,
   }
 
   const QString sql =
-      TranslateJet(u"SELECT * FROM %1 WHERE (%2) ORDER BY id desc"_s.arg(table, condition));
+      TranslateJet(u"SELECT * FROM %1 WHERE (%2) ORDER BY %3"_s.arg(table, condition, order));
   if (HasSecondStatement(sql)) {
     file.cancelWriting();
     result.Error = u"Refused: more than one statement"_s;
@@ -147,7 +148,8 @@ void RunRecordExport(const TFrame_DataPage &frame, const QList<TRecordColumn> &c
   const QString path = TheShell().ChooseSaveFile(u"CSV (*.csv)"_s, suggested);
   if (path.isEmpty())
     return;
-  const TRecordExportResult r = ExportRecords(path, frame.TableName, frame.Condition, columns);
+  const TRecordExportResult r =
+      ExportRecords(path, frame.TableName, frame.Condition, columns, frame.PageOrder);
   const QString shown = QDir::toNativeSeparators(path);
   if (!r.Ok) {
     WriteLog(u"Export of %1 to %2 failed: %3"_s.arg(frame.TableName, path, r.Error));

@@ -16,8 +16,10 @@ struct TRecordExportResult {
   QString Error; // why not, when not Ok
 };
 
+// The rows come in `order`, as the view's pages show them.
 TRecordExportResult ExportRecords(const QString &path, const QString &table,
-                                  const QString &condition, const QList<TRecordColumn> &columns);
+                                  const QString &condition, const QList<TRecordColumn> &columns,
+                                  const QString &order = QStringLiteral("id desc"));
 
 class TFrame_DataPage;
 

@@ -14,6 +14,8 @@
 #include <QSqlQuery>
 #include <QTest>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -230,6 +232,52 @@ private slots:
     QCOMPARE(d.records.PBXFindMode, int(TPBXRecords::FindEither));
     d.records.SpeedButton_FindClick(); // by part again
     QCOMPARE(d.bar.RecordCount, 4);
+  }
+
+  // A store from an older console has only the index on startTime. Its first
+  // start here builds the record index; the pages show the same rows in the
+  // same order before and after, newest start first, arrival breaking ties, a
+  // late record at its own time, and no row on two pages or on none.
+  void olderStoreGetsTheRecordIndex() {
+    Desk d;
+    Exec(u"DROP INDEX PBXConRecords_Pages"_s);
+    Exec(u"CREATE INDEX PBXConRecords_startTime ON PBXConRecords (startTime)"_s);
+    // Three calls a minute from 10:00, every seventh record late by four minutes.
+    QList<std::pair<int, int>> expected; // (minute, arrival)
+    StoreConnection().transaction();
+    for (int i = 0; i < 130; ++i) {
+      const int minute = qMax(0, i / 3 - (i % 7 == 3 ? 4 : 0));
+      expected.append({minute, i});
+      Exec(u"INSERT INTO PBXConRecords (Caller, Called, startTime, IOFlag, RecType) VALUES "
+           "('%1', '021', '2027-01-03 %2:%3:00', 1, 0)"_s.arg(i)
+               .arg(10 + minute / 60)
+               .arg(minute % 60, 2, 10, QChar(u'0')));
+    }
+    StoreConnection().commit();
+    std::sort(expected.begin(), expected.end(), std::greater<>());
+    QStringList newestFirst;
+    for (const auto &[minute, arrival] : expected)
+      newestFirst << QString::number(arrival);
+    const auto pages = [&] {
+      QStringList shown;
+      d.records.SpeedButton_FindClick();
+      for (int page = 0; page < d.bar.PageCount(); ++page) {
+        d.bar.SelectPage(page);
+        for (int row = 0; row < d.grid.RowCount(); ++row)
+          shown << d.grid.Stored(row, u"Caller"_s);
+      }
+      return shown;
+    };
+    QCOMPARE(pages(), newestFirst);
+
+    d.records.ADOQuery_PBXConRecords.Close();
+    Sys_DM().DataModuleCreate();
+    QSqlQuery q(StoreConnection());
+    q.exec(u"SELECT group_concat(name) FROM sqlite_master WHERE tbl_name = 'PBXConRecords' "
+           "AND type = 'index'"_s);
+    QVERIFY(q.next());
+    QCOMPARE(q.value(0).toString(), u"PBXConRecords_Pages"_s);
+    QCOMPARE(pages(), newestFirst);
   }
 
   // A store that fails under the page: the operator is told, the grid is
