@@ -44,8 +44,9 @@ struct LinkedDesk {
   const int Rooms;
 
   // Logs in and waits for the grid and the rest of the start (the class
-  // names, the recording server), whose requests would otherwise share the
-  // sender with a batch; false when that didn't happen in time.
+  // names, and the recording server's address, asked at login and again after
+  // the last class name), whose requests would otherwise share the sender with
+  // a batch; false when that didn't happen in time.
   bool Start() {
     main.ExtsView().ExtsView_Init();
     if (!sim.Listen())
@@ -57,8 +58,8 @@ struct LinkedDesk {
         [&] {
           const QList<SimPacket> received = sim.Received();
           return main.ExtsView().AdvStringGrid_Exts.ShownCount() == Rooms &&
-                 std::any_of(received.cbegin(), received.cend(),
-                             [](const SimPacket &p) { return p.TypeCode == 37; });
+                 std::count_if(received.cbegin(), received.cend(),
+                               [](const SimPacket &p) { return p.TypeCode == 37; }) >= 2;
         },
         30000);
   }
