@@ -3,6 +3,7 @@
 #include "directory/RecordServerPage.h"
 #include "support/Shell.h"
 #include "ui/AudioPlayWindow.h"
+#include "ui/DateTimeBoxes.h"
 #include "ui/Named.h"
 
 #include <QCheckBox>
@@ -64,19 +65,6 @@ struct Controls {
   }
 };
 
-QDateEdit *DateBox(const QString &name, TDateTime value, QWidget *parent) {
-  auto *box = Named<QDateEdit>(name, value.Date(), parent);
-  box->setDisplayFormat(u"yyyy-MM-dd"_s);
-  box->setCalendarPopup(true);
-  return box;
-}
-
-QTimeEdit *TimeBox(const QString &name, TDateTime value, QWidget *parent) {
-  auto *box = Named<QTimeEdit>(name, value.Time(), parent);
-  box->setDisplayFormat(u"hh:mm:ss"_s);
-  return box;
-}
-
 QCheckBox *Check(const QString &name, const QString &text, bool on, QWidget *parent) {
   auto *box = Named<QCheckBox>(name, text, parent);
   box->setChecked(on);
@@ -107,10 +95,10 @@ QWidget *BuildRecordingsPage(TRecordServerPage &logic, QWidget *parent) {
       Check(u"CheckBox_LikeNo"_s, {}, p.CheckBox_LikeNo, page),
       Check(u"CheckBox_RecordStart"_s, {}, p.CheckBox_RecordStart, page),
       Check(u"CheckBox_RecordEnd"_s, {}, p.CheckBox_RecordEnd, page),
-      DateBox(u"DateTimePicker_RecordStart_Date"_s, p.DateTimePicker_RecordStart_Date, page),
-      DateBox(u"DateTimePicker_RecordEnd_Date"_s, p.DateTimePicker_RecordEnd_Date, page),
-      TimeBox(u"DateTimePicker_RecordStart_Time"_s, p.DateTimePicker_RecordStart_Time, page),
-      TimeBox(u"DateTimePicker_RecordEnd_Time"_s, p.DateTimePicker_RecordEnd_Time, page)};
+      DateBox(u"DateTimePicker_RecordStart_Date"_s, page, p.DateTimePicker_RecordStart_Date),
+      DateBox(u"DateTimePicker_RecordEnd_Date"_s, page, p.DateTimePicker_RecordEnd_Date),
+      TimeBox(u"DateTimePicker_RecordStart_Time"_s, page, p.DateTimePicker_RecordStart_Time),
+      TimeBox(u"DateTimePicker_RecordEnd_Time"_s, page, p.DateTimePicker_RecordEnd_Time)};
   QObject::connect(page, &QObject::destroyed, [c] { delete c; });
   c->Address->setMaximumWidth(160);
   for (QLineEdit *box : {c->Own, c->Exact, c->Like}) {

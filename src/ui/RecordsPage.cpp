@@ -4,6 +4,7 @@
 #include "guest/PBXRecords.h"
 #include "support/Shell.h"
 #include "ui/DataPageBar.h"
+#include "ui/DateTimeBoxes.h"
 #include "ui/Named.h"
 
 #include <QCheckBox>
@@ -52,18 +53,6 @@ struct Boxes {
   }
 };
 
-QDateEdit *DateBox(const QString &name, QWidget *parent) {
-  auto *box = Named<QDateEdit>(name, parent);
-  box->setDisplayFormat(u"yyyy-MM-dd"_s);
-  box->setCalendarPopup(true);
-  return box;
-}
-
-QTimeEdit *TimeBox(const QString &name, QWidget *parent) {
-  auto *box = Named<QTimeEdit>(name, parent);
-  box->setDisplayFormat(u"hh:mm:ss"_s);
-  return box;
-}
 } // namespace
 
 QWidget *BuildRecordsPage(TMain_Form &main, QWidget *parent) {
