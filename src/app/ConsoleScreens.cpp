@@ -49,6 +49,7 @@
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QMenu>
+#include <QShortcut>
 #include <QStatusBar>
 #include <QSystemTrayIcon>
 #include <QTabWidget>
@@ -247,6 +248,9 @@ void ConsoleScreens::BuildFrontDesk() {
     InstallFrontDeskKeys(log, {{FrontDeskKey::NextPage, [&bar] { RunGuarded([&] { bar.Label6Click(); }); }},
                                {FrontDeskKey::PreviousPage,
                                 [&bar] { RunGuarded([&] { bar.Label5Click(); }); }}});
+    // A window of its own: Esc puts it away, as it does a dialog.
+    auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), log);
+    connect(escape, &QShortcut::activated, log, &QWidget::close);
   }
 
   QAction *report = made.value(FrontDeskKey::ShiftReport);
