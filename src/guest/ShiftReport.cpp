@@ -355,7 +355,8 @@ void TShiftReport_Form::Printed() {
 
 void TShiftReport_Form::HandedOver() {
   if (!SaveLastShiftReport(Report.BuiltAt))
-    TheShell().Message(MessageKind::Warning,
-                       u"交班时间无法写入 sys.ini: 重新启动后，下一份报告仍从 %1 起列出叫醒失败。"_s.arg(
-                           Shown(Report.Since)));
+    TheShell().Message(
+        MessageKind::Warning,
+        u"交班时间无法写入 sys.ini: 重新启动后，下一份报告仍从 %1 起列出叫醒失败。"_s.arg(
+            Shown(Report.Since)));
 }

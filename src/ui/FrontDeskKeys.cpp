@@ -14,10 +14,8 @@ const QList<TFrontDeskKeyEntry> &FrontDeskKeys() {
   // Keys a hand finds without looking, none a text box or grid needs for
   // itself (F2 edits a grid cell, so no room key uses it).
   static const QList<TFrontDeskKeyEntry> keys = {
-      {FrontDeskKey::FindBox, QKeySequence(u"Ctrl+F"_s), u"Key_FindBox"_s,
-       u"到分机查找框"_s},
-      {FrontDeskKey::WakeUp, QKeySequence(u"Ctrl+W"_s), u"Key_WakeUp"_s,
-       u"当前房间的叫醒"_s},
+      {FrontDeskKey::FindBox, QKeySequence(u"Ctrl+F"_s), u"Key_FindBox"_s, u"到分机查找框"_s},
+      {FrontDeskKey::WakeUp, QKeySequence(u"Ctrl+W"_s), u"Key_WakeUp"_s, u"当前房间的叫醒"_s},
       {FrontDeskKey::NoDisturb, QKeySequence(u"Ctrl+D"_s), u"Key_NoDisturb"_s,
        u"当前房间的免打扰"_s},
       {FrontDeskKey::Memo, QKeySequence(u"Ctrl+M"_s), u"Key_Memo"_s, u"当前房间的备忘"_s},
@@ -29,8 +27,7 @@ const QList<TFrontDeskKeyEntry> &FrontDeskKeys() {
        u"记录：下一页"_s},
       {FrontDeskKey::PreviousPage, QKeySequence(u"Ctrl+PgUp"_s), u"Key_PreviousPage"_s,
        u"记录：上一页"_s},
-      {FrontDeskKey::ShiftReport, QKeySequence(u"Ctrl+R"_s), u"Key_ShiftReport"_s,
-       u"交班报告"_s},
+      {FrontDeskKey::ShiftReport, QKeySequence(u"Ctrl+R"_s), u"Key_ShiftReport"_s, u"交班报告"_s},
       {FrontDeskKey::Refresh, QKeySequence(u"F5"_s), u"Key_Refresh"_s, u"刷新分机状态"_s},
       {FrontDeskKey::Help, QKeySequence(u"F1"_s), u"Key_Help"_s, u"快捷键一览"_s},
   };
@@ -65,8 +62,7 @@ QHash<FrontDeskKey, QAction *> InstallFrontDeskKeys(QWidget *window,
 FrontDeskKeysWindow::FrontDeskKeysWindow(QWidget *parent) : QDialog(parent) {
   setObjectName(u"FrontDeskKeysWindow"_s);
   setWindowTitle(u"快捷键"_s);
-  auto *table = Named<QTableWidget>(u"FrontDeskKeys_Table"_s, int(FrontDeskKeys().size()), 2,
-                                    this);
+  auto *table = Named<QTableWidget>(u"FrontDeskKeys_Table"_s, int(FrontDeskKeys().size()), 2, this);
   table->setHorizontalHeaderLabels({u"按键"_s, u"功能"_s});
   table->verticalHeader()->hide();
   table->setEditTriggers(QAbstractItemView::NoEditTriggers);

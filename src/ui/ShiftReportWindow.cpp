@@ -56,7 +56,8 @@ ShiftReportWindow::ShiftReportWindow(TShiftReport_Form &logic, QWidget *parent)
   setTabOrder(print, close);
 
   m_logic.RenderPdf = &RenderShiftReportPdf;
-  connect(save, &QPushButton::clicked, this, [this] { RunGuarded([this] { m_logic.SavePdfClick(); }); });
+  connect(save, &QPushButton::clicked, this,
+          [this] { RunGuarded([this] { m_logic.SavePdfClick(); }); });
   connect(print, &QPushButton::clicked, this, &ShiftReportWindow::Print);
   connect(close, &QPushButton::clicked, this, &QWidget::close);
   auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);

@@ -44,9 +44,8 @@ class ShiftReportTest : public QObject {
     p.ID = id;
     p.TelNos = QString::number(8000 + id);
     p.LastExt.RoomNo = roomNo;
-    const int slot = grid.SlotCount() == 1 && grid.Cell(0, TExtGridModel::ColID).isEmpty()
-                         ? 0
-                         : grid.AddSlot();
+    const int slot =
+        grid.SlotCount() == 1 && grid.Cell(0, TExtGridModel::ColID).isEmpty() ? 0 : grid.AddSlot();
     grid.SetCell(slot, TExtGridModel::ColID, QString::number(id));
     return p;
   }
@@ -61,7 +60,7 @@ private slots:
     daily.LastExt.MoringCall_isEveryDay = true;
     daily.LastExt.MoringCall_EveryDay_Time = TDateTime::FromTime(QTime(7, 0));
     daily.LastExt.MoringCall_Mode = 2;
-    daily.MoringCallTime = At(4, 7); // the tick sent it on: the same wake-up
+    daily.MoringCallTime = At(4, 7);                // the tick sent it on: the same wake-up
     Room(104, u"104"_s).MoringCallTime = At(3, 19); // already past
 
     Room(301, u"301"_s).NoDisturbMode = 1;
@@ -79,7 +78,8 @@ private slots:
 
     const auto wakeLog = [](const QString &room, TDateTime when, int state) {
       Exec(u"INSERT INTO MoringCallLog (RoomNo, Ext, CreateTime, MoringCallTime, State) "
-           u"VALUES ('%1', '8%1', '%2', '%2', %3)"_s.arg(room, FormatFull(when)).arg(state));
+           u"VALUES ('%1', '8%1', '%2', '%2', %3)"_s.arg(room, FormatFull(when))
+               .arg(state));
     };
     wakeLog(u"201"_s, At(3, 7), 2);
     wakeLog(u"202"_s, At(3, 9), 2);
@@ -87,7 +87,9 @@ private slots:
 
     const auto task = [](const QString &title, const QString &deadline, int status) {
       Exec(u"INSERT INTO Task_Table (Title, Status, LastDateTime, contacters) "
-           u"VALUES ('%1', %2, %3, '')"_s.arg(title).arg(status).arg(deadline));
+           u"VALUES ('%1', %2, %3, '')"_s.arg(title)
+               .arg(status)
+               .arg(deadline));
     };
     task(u"overdue"_s, u"'2027-01-03 18:00:00'"_s, 0);
     task(u"ahead"_s, u"'2027-01-05 09:00:00'"_s, 0);
@@ -131,13 +133,12 @@ private slots:
     QTest::newRow("a wake-up that answered") << int(R::FailedWakeUps) << u"|203|"_s << 0;
     QTest::newRow("in do-not-disturb, no window")
         << int(R::NoDisturb) << u"301|8301|内外线免打扰|"_s << 1;
-    QTest::newRow("a window")
-        << int(R::NoDisturb) << u"302|8302|正常模式|13:00–14:00"_s << 1;
+    QTest::newRow("a window") << int(R::NoDisturb) << u"302|8302|正常模式|13:00–14:00"_s << 1;
     QTest::newRow("a window over midnight, flagged")
         << int(R::NoDisturb) << u"<i>303|8303|正常模式|22:00–06:00 (跨零点, 不生效)"_s << 1;
     QTest::newRow("a window not checked") << int(R::NoDisturb) << u"304|"_s << 0;
-    QTest::newRow("overdue task")
-        << int(R::OpenTasks) << u"2027-01-03 18:00|overdue||已过期"_s << 1;
+    QTest::newRow("overdue task") << int(R::OpenTasks) << u"2027-01-03 18:00|overdue||已过期"_s
+                                  << 1;
     QTest::newRow("task ahead") << int(R::OpenTasks) << u"2027-01-05 09:00|ahead||"_s << 1;
     QTest::newRow("done task") << int(R::OpenTasks) << u"|done|"_s << 0;
     QTest::newRow("task without deadline") << int(R::OpenTasks) << u"|undated|"_s << 0;
@@ -184,7 +185,6 @@ private slots:
     QVERIFY(ShiftReportSince(kNow, last).SameAs(since));
   }
 };
-
 
 QTEST_GUILESS_MAIN(ShiftReportTest)
 #include "tst_shiftreport.moc"
