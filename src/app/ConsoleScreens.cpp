@@ -18,11 +18,14 @@
 #include "guest/ExtFind_Form.h"
 #include "guest/ExtsView.h"
 #include "guest/MoringCall_Unit.h"
+#include "guest/PBXRecords.h"
+#include "guest/ShiftReport.h"
 #include "ui/BatchProgress.h"
 #include "ui/BoardView.h"
 #include "ui/ExtFindWindow.h"
 #include "ui/ExtsGridView.h"
 #include "ui/ExtsPage.h"
+#include "ui/FrontDeskKeys.h"
 #include "ui/GsmDialog.h"
 #include "ui/HintDialog.h"
 #include "ui/LanguageBinding.h"
@@ -36,6 +39,7 @@
 #include "ui/NodisturbDialog.h"
 #include "ui/PopMsgWindow.h"
 #include "ui/SettingsDialog.h"
+#include "ui/ShiftReportWindow.h"
 #include "ui/TasksWindow.h"
 #include "ui/UserInfoDialog.h"
 #include "ui/VoiceMailDialog.h"
@@ -45,9 +49,11 @@
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QMenu>
+#include <QShortcut>
 #include <QStatusBar>
 #include <QSystemTrayIcon>
 #include <QTabWidget>
+#include <QToolBar>
 #include <QVBoxLayout>
 
 #include <cstdio>
@@ -61,6 +67,7 @@ ConsoleScreens::ConsoleScreens(ConsoleProcess &process, WidgetShell &shell, QObj
   m_window->SetBoard(BuildBoardPage());
   BindLanguage(main, m_window.get());
   BuildWindows();
+  BuildFrontDesk();
 
   m_window->CloseHandler = [&process] { return process.WindowClose(); };
   shell.SetMainWindow(m_window.get());
@@ -187,6 +194,79 @@ void ConsoleScreens::BuildGuestDialogs() {
   auto *progress = new BatchProgress(main.BatchWalk(), main.CallControlDev(), w);
   w->statusBar()->addWidget(progress);
   BindLanguage(main, progress);
+}
+
+void ConsoleScreens::BuildFrontDesk() {
+  TMain_Form &main = *m_process.Main();
+  TMainWindow *w = m_window.get();
+  m_shiftReport = std::make_unique<TShiftReport_Form>(main.CallControlDev(),
+                                                      main.ExtsView().AdvStringGrid_Exts);
+  new ShiftReportWindow(*m_shiftReport, w);
+  auto *keysWindow = new FrontDeskKeysWindow(w);
+
+  auto *pages = w->findChild<QTabWidget *>(u"UserMain_TePageControl"_s);
+  const auto toPage = [pages](const QString &name) {
+    if (QWidget *page = pages ? pages->findChild<QWidget *>(name) : nullptr)
+      pages->setCurrentWidget(page);
+  };
+  // The room keys act on the extension list's current row, as its menu does.
+  const auto onCurrentRoom = [&main](void (TMain_Form::*open)(int)) {
+    return [&main, open] {
+      const int id = main.ExtsView().Ext_CurrentID();
+      if (id >= 0)
+        RunGuarded([&] { (main.*open)(id); });
+    };
+  };
+  const auto recordsPage = [&main, toPage](void (TFrame_DataPage::*move)()) {
+    return [&main, toPage, move] {
+      toPage(u"TeTabSheet2"_s);
+      RunGuarded([&] { (main.PBXRecords().Frame_DataPage.*move)(); });
+    };
+  };
+  const QHash<FrontDeskKey, QAction *> made = InstallFrontDeskKeys(
+      w, {{FrontDeskKey::FindBox,
+           [this, toPage] {
+             toPage(u"Branchs_TeTabSheet"_s);
+             m_extsPage->FocusFind();
+           }},
+          {FrontDeskKey::WakeUp, onCurrentRoom(&TMain_Form::OpenMoringCall)},
+          {FrontDeskKey::NoDisturb, onCurrentRoom(&TMain_Form::OpenNodisturb)},
+          {FrontDeskKey::Memo, onCurrentRoom(&TMain_Form::OpenMemoSet)},
+          {FrontDeskKey::NextPage, recordsPage(&TFrame_DataPage::Label6Click)},
+          {FrontDeskKey::PreviousPage, recordsPage(&TFrame_DataPage::Label5Click)},
+          {FrontDeskKey::ShiftReport,
+           [this] { RunGuarded([this] { m_shiftReport->ShiftReportClick(); }); }},
+          {FrontDeskKey::Refresh,
+           [this, &main] {
+             RunGuarded([&] { main.RefrshPhones_tefxButtonClick(); });
+             m_board->SyncFromTable();
+           }},
+          {FrontDeskKey::Help, [keysWindow] { keysWindow->open(); }}});
+  // The wake-up log is a window of its own: there the page keys page it.
+  if (auto *log = w->findChild<QWidget *>(u"TForm_MoringCallLog"_s)) {
+    TFrame_DataPage &bar = main.Form_MoringCallLog().Frame_DataPage;
+    InstallFrontDeskKeys(log, {{FrontDeskKey::NextPage, [&bar] { RunGuarded([&] { bar.Label6Click(); }); }},
+                               {FrontDeskKey::PreviousPage,
+                                [&bar] { RunGuarded([&] { bar.Label5Click(); }); }}});
+    // A window of its own: Esc puts it away, as it does a dialog.
+    auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), log);
+    connect(escape, &QShortcut::activated, log, &QWidget::close);
+  }
+
+  QAction *report = made.value(FrontDeskKey::ShiftReport);
+  QAction *help = made.value(FrontDeskKey::Help);
+  help->setText(u"快捷键"_s);
+  if (auto *tools = w->findChild<QMenu *>(u"N1"_s)) {
+    QAction *quit = w->findChild<QAction *>(u"N5"_s);
+    tools->insertAction(quit, report);
+    tools->insertAction(quit, help);
+    tools->insertSeparator(quit);
+  }
+  if (auto *bar = w->findChild<QToolBar *>(u"TeToolBar1"_s)) {
+    const QList<QAction *> keys = bar->actions();
+    const qsizetype log = keys.indexOf(w->findChild<QAction *>(u"tefxButton_MCallRecord"_s));
+    bar->insertAction(keys.value(log + 1), report);
+  }
 }
 
 void ConsoleScreens::WireTray() {

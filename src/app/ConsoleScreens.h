@@ -13,6 +13,7 @@ class TBoardView;
 class TExtsPage;
 class TLegendBar;
 class TMainWindow;
+class TShiftReport_Form;
 class WidgetShell;
 
 // The screens of a started console: the main window with its board page, the
@@ -42,6 +43,8 @@ private:
   QWidget *BuildBoardPage();
   void BuildWindows();
   void BuildGuestDialogs();
+  // The shift report, the front desk's keys and their help window.
+  void BuildFrontDesk();
   void WireTray();
   void RestoreWindow();
   // After a language switch: what measures or paints its own texts.
@@ -49,6 +52,8 @@ private:
 
   ConsoleProcess &m_process;
   WidgetShell &m_shell;
+  // Before the window, whose report window reads it until it goes.
+  std::unique_ptr<TShiftReport_Form> m_shiftReport;
   std::unique_ptr<TMainWindow> m_window;
   // No parent: the pop-up stays up while the main window is minimised.
   std::unique_ptr<PopMsgWindow> m_popMsg;

@@ -122,6 +122,11 @@ void LoadConfig(TSysConfig &c) {
     c.TypeVisible[i] = ini.ReadBool(u"ExtsPanel"_s, u"TypeVisible%1"_s.arg(i), true);
   c.LinkURL = ini.ReadString(u"Other"_s, u"LinkURL"_s, QString());
   c.IMHost = ini.ReadString(u"Other"_s, u"IMHost"_s, QString());
+
+  // --- [FrontDesk] ---
+  c.LastShiftReport = TDateTime();
+  TryStrToDateTime(ini.ReadString(u"FrontDesk"_s, u"LastShiftReport"_s, QString()),
+                   &c.LastShiftReport);
 }
 
 void SaveConfig(TSysConfig &c) {
@@ -173,6 +178,10 @@ void SaveConfig(TSysConfig &c) {
 
   ini.WriteString(u"Other"_s, u"LinkURL"_s, b.LinkUrlText ? b.LinkUrlText() : c.LinkURL);
 
+  // --- [FrontDesk] ---
+  if (!c.LastShiftReport.IsZero())
+    ini.WriteString(u"FrontDesk"_s, u"LastShiftReport"_s, FormatFull(c.LastShiftReport));
+
   QString error;
   if (!ini.Save(path, /*ownerOnly=*/true, &error)) {
     WriteLog(u"SaveConfig: cannot write "_s + path + u": "_s + error);
@@ -180,6 +189,22 @@ void SaveConfig(TSysConfig &c) {
     return;
   }
   OpenIni() = std::move(ini);
+}
+
+bool SaveLastShiftReport(TDateTime when) {
+  SysConfig().LastShiftReport = when;
+  IniFile ini;
+  QString path = SettingsFilePath();
+  QString error;
+  if (LoadUsable(ini, &path) == IniFile::LoadResult::Unreadable) {
+    error = u"cannot read"_s;
+  } else {
+    ini.WriteString(u"FrontDesk"_s, u"LastShiftReport"_s, FormatFull(when));
+    if (ini.Save(path, /*ownerOnly=*/true, &error))
+      return true;
+  }
+  WriteLog(u"SaveLastShiftReport: %1: %2"_s.arg(path, error));
+  return false;
 }
 
 void LanguageStart() {

@@ -2,6 +2,7 @@
 
 #include "support/IniFile.h"
 #include "support/Paths.h"
+#include "support/TDateTime.h"
 
 #include <QList>
 #include <QString>
@@ -38,6 +39,12 @@ struct TSysConfig {
   // The instant-messenger server a contact's link goes to. Set by hand in
   // [Other] IMHost and only read, like Debug.
   QString IMHost;
+
+  // --- [FrontDesk]: the front desk's own keys ---
+  // [FrontDesk] LastShiftReport: when the last shift report was handed over
+  // (saved or printed), "yyyy-MM-dd hh:mm:ss"; 0 (missing or unreadable) means
+  // never. The next report lists the failed wake-ups from then on.
+  TDateTime LastShiftReport;
 };
 
 // The process-wide record.
@@ -75,6 +82,11 @@ void LoadConfig(TSysConfig &config);
 // Writes the record back, rewriting the keys it owns and keeping every other line.
 // A failure shows str_528 and leaves the file as it was.
 void SaveConfig(TSysConfig &config);
+
+// Records a shift report's handover in the record and writes that one key to
+// sys.ini at once, so a console that stops unexpectedly doesn't report the
+// same failures again. False (logged) when the file can't be written.
+bool SaveLastShiftReport(TDateTime when);
 
 // At process start, ahead of any window: reads Lang/LangID from sys.ini and loads
 // English at 1, Chinese otherwise. LangID keeps the value read.

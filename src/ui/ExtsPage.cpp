@@ -9,7 +9,6 @@
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLineEdit>
-#include <QShortcut>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -55,13 +54,6 @@ TExtsPage::TExtsPage(TExtsView &exts, TExtsGridView *grid, QWidget *board, TBoar
   m_tabs->setCornerWidget(findBox, Qt::TopRightCorner);
   connect(m_find->lineEdit(), &QLineEdit::returnPressed, findKey, &QPushButton::click);
   connect(findKey, &QPushButton::clicked, this, &TExtsPage::Find);
-  // Ctrl+F from anywhere on the page goes to the find box.
-  auto *focusFind = new QShortcut(QKeySequence::Find, this);
-  focusFind->setContext(Qt::WidgetWithChildrenShortcut);
-  connect(focusFind, &QShortcut::activated, this, [this] {
-    m_find->setFocus();
-    m_find->lineEdit()->selectAll();
-  });
 
   connect(m_tabs, &QTabWidget::currentChanged, this, [this](int index) {
     if (index >= 0)
@@ -81,6 +73,11 @@ void TExtsPage::SyncFromLogic() {
   m_find->addItems(m_exts.TeSComboBox_Ext_Items);
   m_find->setEditText(typed);
   m_cancelFilter->setEnabled(m_exts.AdvStringGrid_Exts.Filtered());
+}
+
+void TExtsPage::FocusFind() {
+  m_find->setFocus(Qt::ShortcutFocusReason);
+  m_find->lineEdit()->selectAll();
 }
 
 void TExtsPage::Find() {

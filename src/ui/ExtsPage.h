@@ -22,6 +22,8 @@ public:
 
   // Shows what the logic holds: the active tab, the find history, the filter key.
   void SyncFromLogic();
+  // The find key (Ctrl+F): the cursor in the find box, its text selected.
+  void FocusFind();
 
 private:
   void Find();

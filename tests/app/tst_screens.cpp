@@ -11,12 +11,16 @@
 #include "support/Shell.h"
 #include "ui/LoginDialog.h"
 #include "ui/MainWindow.h"
+#include "ui/FrontDeskKeys.h"
 #include "ui/TasksWindow.h"
 #include "ui/WidgetShell.h"
 
 #include <QAbstractButton>
 #include <QAction>
 #include <QLabel>
+#include <QShortcut>
+#include <QTableWidget>
+#include <QTextBrowser>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTest>
@@ -140,6 +144,37 @@ private slots:
     QVERIFY(c.screens->Tasks().isVisible());
     key->trigger();
     QVERIFY(!c.screens->Tasks().isVisible());
+  }
+
+  // Two actions of one window on the same key make Qt fire neither: whatever
+  // part of the console installs a key, no window may hold it twice.
+  void frontDeskKeysAreInstalledOnceAndListed() {
+    Console c;
+    QVERIFY(c.screens);
+    c.screens->Login().hide();
+    QHash<QString, QString> taken; // "window/key" -> who
+    const auto take = [&taken](QWidget *owner, const QKeySequence &key, const QString &who) {
+      if (!owner || key.isEmpty())
+        return;
+      const QString slot = owner->window()->objectName() + u'/' + key.toString();
+      QVERIFY2(!taken.contains(slot), qPrintable(slot + u": "_s + taken.value(slot) + u", "_s + who));
+      taken.insert(slot, who);
+    };
+    for (QAction *a : c.Window().findChildren<QAction *>())
+      for (const QKeySequence &key : a->shortcuts())
+        take(qobject_cast<QWidget *>(a->parent()), key, a->objectName());
+    for (QShortcut *s : c.Window().findChildren<QShortcut *>())
+      take(s->parentWidget(), s->key(), s->objectName());
+    QVERIFY(taken.contains(u"TMain_Form/Ctrl+R"_s));
+
+    c.Find<QAction>(u"Key_Help"_s)->trigger();
+    auto *list = c.Find<QTableWidget>(u"FrontDeskKeys_Table"_s);
+    QVERIFY(list && list->isVisible());
+    QCOMPARE(list->rowCount(), FrontDeskKeys().size());
+    c.Find<QAction>(u"Key_ShiftReport"_s)->trigger();
+    auto *report = c.Find<QTextBrowser>(u"ShiftReport_Text"_s);
+    QVERIFY(report && report->isVisible());
+    QVERIFY(report->toPlainText().contains(u"未来12小时的叫醒"_s));
   }
 };
 
