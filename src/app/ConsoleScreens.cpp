@@ -5,23 +5,24 @@
 #include "console/Main_Form.h"
 #include "console/UserInfo_Form.h"
 #include "devices/CallControlDev.h"
-#include "link/SysParam.h"
 #include "devices/GSM_Unit.h"
 #include "directory/DirectoryPages.h"
 #include "directory/PopMsg_Form.h"
 #include "directory/TaskEdit_Unit.h"
 #include "directory/Tasks_Unit.h"
-#include "guest/MoringCallLog_Unit.h"
-#include "support/LanguagePack.h"
-#include "support/Shell.h"
-#include "support/Sysset_Unit.h"
 #include "guest/ExtFind_Form.h"
 #include "guest/ExtsView.h"
+#include "guest/MoringCallLog_Unit.h"
 #include "guest/MoringCall_Unit.h"
 #include "guest/PBXRecords.h"
 #include "guest/ShiftReport.h"
+#include "link/SysParam.h"
+#include "support/LanguagePack.h"
+#include "support/Shell.h"
+#include "support/Sysset_Unit.h"
 #include "ui/BatchProgress.h"
 #include "ui/BoardView.h"
+#include "ui/EscapeCloses.h"
 #include "ui/ExtFindWindow.h"
 #include "ui/ExtsGridView.h"
 #include "ui/ExtsPage.h"
@@ -248,9 +249,7 @@ void ConsoleScreens::BuildFrontDesk() {
     InstallFrontDeskKeys(log, {{FrontDeskKey::NextPage, [&bar] { RunGuarded([&] { bar.Label6Click(); }); }},
                                {FrontDeskKey::PreviousPage,
                                 [&bar] { RunGuarded([&] { bar.Label5Click(); }); }}});
-    // A window of its own: Esc puts it away, as it does a dialog.
-    auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), log);
-    connect(escape, &QShortcut::activated, log, &QWidget::close);
+    EscapeCloses(log);
   }
 
   QAction *report = made.value(FrontDeskKey::ShiftReport);

@@ -3,6 +3,7 @@
 #include "guest/ExtFind_Form.h"
 #include "support/Shell.h"
 #include "ui/BoardView.h"
+#include "ui/EscapeCloses.h"
 #include "ui/LanguageBinding.h"
 #include "ui/Named.h"
 
@@ -41,4 +42,5 @@ ExtFindWindow::ExtFindWindow(TForm_ExtFind &logic, TBoardView *board, QWidget *p
     m_number->setFocus();
   });
   connect(&m_logic, &TFormLogic::closed, this, &QWidget::hide);
+  EscapeCloses(this, [this] { m_logic.Close(); });
 }

@@ -2,6 +2,7 @@
 
 #include "guest/ShiftReport.h"
 #include "support/Shell.h"
+#include "ui/EscapeCloses.h"
 #include "ui/Named.h"
 
 #include <QCloseEvent>
@@ -60,8 +61,7 @@ ShiftReportWindow::ShiftReportWindow(TShiftReport_Form &logic, QWidget *parent)
           [this] { RunGuarded([this] { m_logic.SavePdfClick(); }); });
   connect(print, &QPushButton::clicked, this, &ShiftReportWindow::Print);
   connect(close, &QPushButton::clicked, this, &QWidget::close);
-  auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
-  connect(escape, &QShortcut::activated, this, &QWidget::close);
+  EscapeCloses(this);
 
   connect(&logic, &TShiftReport_Form::reportChanged, this,
           [this] { m_text->setHtml(m_logic.Html); });

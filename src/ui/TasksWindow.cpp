@@ -4,6 +4,7 @@
 #include "directory/TaskModel.h"
 #include "directory/Tasks_Unit.h"
 #include "support/Shell.h"
+#include "ui/EscapeCloses.h"
 #include "ui/LanguageBinding.h"
 #include "ui/MemoFindDialog.h"
 #include "ui/Named.h"
@@ -88,6 +89,7 @@ TasksWindow::TasksWindow(TTasks_Form &tasks, QWidget *parent)
   });
   connect(&tasks, &TFormLogic::shown, this, &QWidget::show);
   connect(&tasks, &TFormLogic::closed, this, &QWidget::hide);
+  EscapeCloses(this, [&tasks] { tasks.Close(); });
   BindLanguage(tasks, this);
 }
 
@@ -183,6 +185,7 @@ TaskEditWindow::TaskEditWindow(TTaskEdit_Form &edit, QWidget *parent)
     raise();
   });
   connect(&edit, &TFormLogic::closed, this, &QWidget::hide);
+  EscapeCloses(this, [&edit] { edit.Close(); });
   BindLanguage(edit, this);
 }
 
