@@ -122,6 +122,10 @@ void LoadConfig(TSysConfig &c) {
     c.TypeVisible[i] = ini.ReadBool(u"ExtsPanel"_s, u"TypeVisible%1"_s.arg(i), true);
   c.LinkURL = ini.ReadString(u"Other"_s, u"LinkURL"_s, QString());
   c.IMHost = ini.ReadString(u"Other"_s, u"IMHost"_s, QString());
+
+  // [FrontDesk]; a value below -1 is as good as unset.
+  c.VacantClass = qMax(-1, ini.ReadInteger(u"FrontDesk"_s, u"VacantClass"_s, -1));
+  c.OccupiedClass = qMax(-1, ini.ReadInteger(u"FrontDesk"_s, u"OccupiedClass"_s, -1));
 }
 
 void SaveConfig(TSysConfig &c) {
@@ -172,6 +176,15 @@ void SaveConfig(TSysConfig &c) {
     ini.WriteBool(u"ExtsPanel"_s, u"TypeVisible%1"_s.arg(i), c.TypeVisible[i]);
 
   ini.WriteString(u"Other"_s, u"LinkURL"_s, b.LinkUrlText ? b.LinkUrlText() : c.LinkURL);
+
+  // [FrontDesk] is written once the house has set it up, so a console that
+  // never uses it keeps the file it always wrote.
+  if (c.FrontDeskInUse() ||
+      !ini.ReadString(u"FrontDesk"_s, u"VacantClass"_s, QString()).isEmpty() ||
+      !ini.ReadString(u"FrontDesk"_s, u"OccupiedClass"_s, QString()).isEmpty()) {
+    ini.WriteInteger(u"FrontDesk"_s, u"VacantClass"_s, c.VacantClass);
+    ini.WriteInteger(u"FrontDesk"_s, u"OccupiedClass"_s, c.OccupiedClass);
+  }
 
   QString error;
   if (!ini.Save(path, /*ownerOnly=*/true, &error)) {

@@ -38,6 +38,15 @@ struct TSysConfig {
   // The instant-messenger server a contact's link goes to. Set by hand in
   // [Other] IMHost and only read, like Debug.
   QString IMHost;
+
+  // --- [FrontDesk]: the house's check-in and check-out ---
+  // Service classes (0-based, as on the wire) a room takes when it is let and
+  // when it is given back; -1 while the house hasn't chosen. Check-in and
+  // check-out refuse to run without them. More front-desk keys belong here.
+  int VacantClass = -1;
+  int OccupiedClass = -1;
+  bool FrontDeskInUse() const { return VacantClass >= 0 || OccupiedClass >= 0; }
+  // --- end of [FrontDesk] ---
 };
 
 // The process-wide record.
