@@ -17,6 +17,8 @@
 
 #include <sqlite3.h>
 
+#include <functional>
+
 using namespace Qt::StringLiterals;
 
 const QString TSys_DM::Memo_SQL_Exts = u"\n"
@@ -132,6 +134,22 @@ int NativeCount(const QString &sql) {
   return q.exec(sql) && q.next() ? q.value(0).toInt() : -1;
 }
 
+// Runs schema statements as one transaction: all of them, or on a failure
+// (raised as EDatabaseError) none.
+void InOneTransaction(const std::function<void()> &statements) {
+  QSqlDatabase db = StoreConnection();
+  if (!db.transaction())
+    throw EDatabaseError(db.lastError().text());
+  try {
+    statements();
+  } catch (...) {
+    db.rollback();
+    throw;
+  }
+  if (!db.commit())
+    throw EDatabaseError(db.lastError().text());
+}
+
 // Builds the key table when it or one of its triggers is missing: a store from
 // an older console, or one whose triggers another program dropped. One
 // transaction, so a start that dies half-way leaves the store as it was.
@@ -204,20 +222,12 @@ void EnsureRecordPageIndex() {
     return;
   const int records = NativeCount(u"SELECT count(*) FROM PBXConRecords"_s);
   WriteLog(u"Building the call-record index for %1 records"_s.arg(records));
-  QSqlDatabase db = StoreConnection();
   try {
-    if (!db.transaction())
-      throw EDatabaseError(db.lastError().text());
-    try {
+    InOneTransaction([&] {
       Native(u"CREATE INDEX IF NOT EXISTS %1 ON PBXConRecords "
              u"(startTime, ID, Caller, Called, RecType)"_s.arg(wanted));
       Native(u"DROP INDEX IF EXISTS PBXConRecords_startTime"_s);
-    } catch (...) {
-      db.rollback();
-      throw;
-    }
-    if (!db.commit())
-      throw EDatabaseError(db.lastError().text());
+    });
   } catch (const EDatabaseError &error) {
     WriteLog(u"The call-record index could not be built: "_s + error.Message());
     return;
@@ -237,21 +247,13 @@ bool ExtsHasColumn(const QString &column) {
 // checked in or out, and the log says why.
 void EnsureFrontDeskSchema() {
   if (!ExtsHasColumn(u"GuestName"_s) || !ExtsHasColumn(u"Occupied"_s)) {
-    QSqlDatabase db = StoreConnection();
     try {
-      if (!db.transaction())
-        throw EDatabaseError(db.lastError().text());
-      try {
+      InOneTransaction([] {
         if (!ExtsHasColumn(u"GuestName"_s))
           Native(u"ALTER TABLE Exts ADD COLUMN GuestName TEXT"_s);
         if (!ExtsHasColumn(u"Occupied"_s))
           Native(u"ALTER TABLE Exts ADD COLUMN Occupied INTEGER NOT NULL DEFAULT 0"_s);
-      } catch (...) {
-        db.rollback();
-        throw;
-      }
-      if (!db.commit())
-        throw EDatabaseError(db.lastError().text());
+      });
       WriteLog(u"The room table is upgraded for the front desk: guest name and occupancy "
                u"added to %1 rooms"_s.arg(NativeCount(u"SELECT count(*) FROM Exts"_s)));
     } catch (const EDatabaseError &error) {

@@ -36,6 +36,18 @@ QString Room(int port, const QString &columns) {
   return Value(u"select %1 from Exts where PortID=%2"_s.arg(columns).arg(port));
 }
 
+// Logged in, the exchange's classes read, the house's two classes chosen.
+bool Ready(LinkedDesk &d) {
+  d.sim.SetServiceClassNames(kClasses);
+  if (!d.Start() || !QTest::qWaitFor([&] {
+        return d.main.DeviceEvents().SrvClassNames.rowCount() == kClasses.size();
+      }))
+    return false;
+  SysConfig().VacantClass = kVacant;
+  SysConfig().OccupiedClass = kOccupied;
+  return true;
+}
+
 // A room as a guest leaves it: a wake-up, do-not-disturb on, a message
 // waiting; a memo, a daily wake-up and a window in the store.
 void Lived(LinkedDesk &d, int id) {
@@ -59,11 +71,7 @@ private slots:
   // see each room set and then reset, with a history row for each.
   void checkInThenCheckOut() {
     LinkedDesk d(4);
-    d.sim.SetServiceClassNames(kClasses);
-    QVERIFY(d.Start());
-    QTRY_COMPARE(d.main.DeviceEvents().SrvClassNames.rowCount(), kClasses.size());
-    SysConfig().VacantClass = kVacant;
-    SysConfig().OccupiedClass = kOccupied;
+    QVERIFY(Ready(d));
     GuestDeskClock();
     for (int id : {1, 3})
       d.Check(id);
@@ -135,11 +143,7 @@ private slots:
     QFETCH(int, classRequests);
     QFETCH(QString, history);
     LinkedDesk d(4);
-    d.sim.SetServiceClassNames(kClasses);
-    QVERIFY(d.Start());
-    QTRY_COMPARE(d.main.DeviceEvents().SrvClassNames.rowCount(), kClasses.size());
-    SysConfig().VacantClass = kVacant;
-    SysConfig().OccupiedClass = kOccupied;
+    QVERIFY(Ready(d));
     for (int id : {1, 3}) {
       d.Check(id);
       Lived(d, id);
@@ -177,11 +181,7 @@ private slots:
 
   void tooLongAName() {
     LinkedDesk d(2);
-    d.sim.SetServiceClassNames(kClasses);
-    QVERIFY(d.Start());
-    QTRY_COMPARE(d.main.DeviceEvents().SrvClassNames.rowCount(), kClasses.size());
-    SysConfig().VacantClass = kVacant;
-    SysConfig().OccupiedClass = kOccupied;
+    QVERIFY(Ready(d));
     d.main.OpenCheckIn(0);
     d.main.Form_CheckIn().Edit_GuestName = QString(200, u'名');
     d.main.Form_CheckIn().TeButton_CheckIn_ApplyClick();
