@@ -5,6 +5,7 @@
 #include "common/TestHome.h"
 #include "console/Login_Form.h"
 #include "console/Main_Form.h"
+#include "devices/DeviceEvents.h"
 #include "directory/SysDM_Unit.h"
 #include "guest/ExtsView.h"
 #include "link/SysParam.h"
@@ -56,7 +57,11 @@ struct LinkedDesk {
     return QTest::qWaitFor(
         [&] {
           const QList<SimPacket> received = sim.Received();
+          // The recording server is also asked at login, so its question
+          // alone doesn't tell that the class names are all in.
           return main.ExtsView().AdvStringGrid_Exts.ShownCount() == Rooms &&
+                 main.DeviceEvents().SrvClassNames.rowCount() ==
+                     sim.ServiceClassNames().size() &&
                  std::any_of(received.cbegin(), received.cend(),
                              [](const SimPacket &p) { return p.TypeCode == 37; });
         },
