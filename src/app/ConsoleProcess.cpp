@@ -11,6 +11,7 @@
 #include "directory/SysDM_Unit.h"
 #include "directory/TaskEdit_Unit.h"
 #include "directory/Tasks_Unit.h"
+#include "guest/ExtsView.h"
 #include "guest/PBXRecords.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
@@ -56,6 +57,14 @@ bool ConsoleProcess::Start(const QString &home, bool autoLogin, quint16 udpPort)
   m_sysset = std::make_unique<Tsysset_Form>();
   connect(m_sysset.get(), &Tsysset_Form::ringToneButtonChanged, m_main.get(),
           &TMain_Form::SetRingToneButton);
+  // The front-desk page offers the exchange's classes; its apply shows or
+  // hides the grid's guest column.
+  m_sysset->SrvClassNames = [this] {
+    return m_main->DeviceEvents().SrvClassNames.stringList();
+  };
+  connect(m_sysset.get(), &Tsysset_Form::frontDeskChanged, m_main.get(), [this] {
+    m_main->ExtsView().ShowGuestColumn(SysConfig().FrontDeskInUse());
+  });
   m_sysset->FormCreate();
   // The store opens after the settings, which name its file. A file that can't
   // be used is reported and the console goes on without it.

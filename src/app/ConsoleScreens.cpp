@@ -33,6 +33,7 @@
 #include "ui/LegendBar.h"
 #include "ui/LoginDialog.h"
 #include "ui/MainWindow.h"
+#include "ui/FrontDeskWindows.h"
 #include "ui/MemoSetDialog.h"
 #include "ui/MoringCallDialog.h"
 #include "ui/MoringCallLogWindow.h"
@@ -180,6 +181,8 @@ void ConsoleScreens::BuildGuestDialogs() {
   auto *nodisturb = new NodisturbDialog(main.Form_Nodisturb(), w);
   auto *voiceMail = new VoiceMailDialog(main.Form_VoiceMail_Set(), w);
   auto *memo = new MemoSetDialog(main.Form_MemoSet(), w);
+  auto *checkIn = new CheckInDialog(main.Form_CheckIn(), w);
+  new RoomHistoryWindow(main.Form_RoomHistory(), w);
   // The board's phone icon: the place is the panel's on the scrolled board.
   connect(&main, &TMain_Form::srvClassDialogRequested, hint, [this, hint, &main](int, int l, int t) {
     const TCallControlDev &table = main.CallControlDev();
@@ -191,6 +194,7 @@ void ConsoleScreens::BuildGuestDialogs() {
     nodisturb->RefreshKeys();
     voiceMail->RefreshKeys();
     memo->RefreshKeys();
+    checkIn->RefreshKeys();
   });
   auto *progress = new BatchProgress(main.BatchWalk(), main.CallControlDev(), w);
   w->statusBar()->addWidget(progress);

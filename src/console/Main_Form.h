@@ -21,6 +21,9 @@ class TExtsView;
 class TBatchWalk;
 class TForm_ExtFind;
 class TForm_MemoSet;
+class TForm_CheckIn;
+class TForm_RoomHistory;
+class TFrontDesk;
 class TForm_Nodisturb;
 class TForm_VoiceMail_Set;
 class THint_Form;
@@ -241,6 +244,15 @@ public:
   TNodisturb &Nodisturb() { return *m_nodisturb; }
   // The walk of the batch keys, with Timer_MultiProcess and its panel.
   TBatchWalk &BatchWalk() { return *m_batchWalk; }
+  // The front desk: check-in (its dialog on the current row) and check-out
+  // (asked first) of the current room or the checked ones, and the room
+  // history, all or one extension's.
+  TFrontDesk &FrontDesk() { return *m_frontDesk; }
+  TForm_CheckIn &Form_CheckIn() { return *m_checkInForm; }
+  TForm_RoomHistory &Form_RoomHistory() { return *m_roomHistory; }
+  void OpenCheckIn(int id);
+  void CheckOut(bool checkedRooms);
+  void OpenRoomHistory(const QString &ext);
   // PopupMenu_Ext: call and transfer to the grid's current row.
   void N21Click();
   void N22Click();
@@ -319,6 +331,9 @@ private:
   std::unique_ptr<TForm_Nodisturb> m_nodisturbForm;
   std::unique_ptr<TForm_VoiceMail_Set> m_voiceMailForm;
   std::unique_ptr<TForm_MemoSet> m_memoSetForm;
+  std::unique_ptr<TFrontDesk> m_frontDesk;
+  std::unique_ptr<TForm_CheckIn> m_checkInForm;
+  std::unique_ptr<TForm_RoomHistory> m_roomHistory;
   std::unique_ptr<TPBXRecords> m_pbxRecords;
   std::unique_ptr<TRecordServerPage> m_recordServer;
   std::unique_ptr<TForm_MoringCallLog> m_moringCallLog;

@@ -7,6 +7,9 @@
 #include "devices/DeviceEvents.h"
 #include "guest/BatchKinds.h"
 #include "guest/BatchWalk.h"
+#include "guest/CheckIn_Form.h"
+#include "guest/FrontDesk.h"
+#include "guest/RoomHistory_Unit.h"
 #include "guest/ExtFind_Form.h"
 #include "guest/ExtsView.h"
 #include "guest/Hint_Form.h"
@@ -32,8 +35,20 @@ void TMain_Form::WireGuest() {
   m_voiceMailForm =
       std::make_unique<TForm_VoiceMail_Set>(*m_devices, *m_netModule, *m_extsView, *m_batchWalk);
   m_memoSetForm = std::make_unique<TForm_MemoSet>(*m_devices, *m_extsView);
+  m_frontDesk =
+      std::make_unique<TFrontDesk>(*m_devices, *m_netModule, *m_extsView, *m_batchWalk);
+  m_checkInForm = std::make_unique<TForm_CheckIn>(*m_devices, *m_frontDesk);
+  m_roomHistory = std::make_unique<TForm_RoomHistory>();
   TExtsView &exts = *m_extsView;
   TDeviceEvents &events = *m_deviceEvents;
+
+  m_frontDesk->SrvClassItems = [&events] { return events.SrvClassNames.stringList(); };
+  events.FrontDeskAnswer = [this](int type, const char *work) {
+    return m_frontDesk->Answer(type, work);
+  };
+  exts.RoomInSequence = [this](int id) { return m_frontDesk->RoomInSequence(id); };
+  connect(this, &TMain_Form::serviceAllowedChanged, m_checkInForm.get(),
+          &TForm_CheckIn::SetServiceAllowed);
 
   exts.LocatePanel = [this](const QString &number) { return FindExtension(number); };
   exts.SrvClassItems = [&events] { return events.SrvClassNames.stringList(); };
@@ -85,6 +100,18 @@ void TMain_Form::OpenVoiceMail(int id) {
 
 void TMain_Form::OpenMemoSet(int id) {
   m_memoSetForm->OpenFor(id);
+}
+
+void TMain_Form::OpenCheckIn(int id) {
+  m_checkInForm->OpenFor(id);
+}
+
+void TMain_Form::CheckOut(bool checkedRooms) {
+  RunGuarded([&] { m_frontDesk->AskAndCheckOut(checkedRooms); });
+}
+
+void TMain_Form::OpenRoomHistory(const QString &ext) {
+  RunGuarded([&] { m_roomHistory->ShowForExt(ext); });
 }
 
 void TMain_Form::LanguageApplied() {

@@ -294,6 +294,8 @@ void TDeviceEvents::Device_UpdateStatus(const char *record, int length) {
 void TDeviceEvents::processPacketFromSocket_SrvClass(const char *w) {
   if (quint8(w[12]) != 1)
     return;
+  if (FrontDeskAnswer && FrontDeskAnswer(int(PacketType::SrvClassSet), w))
+    return;
   const QString reply = GetText(w, 18, 21);
   if (reply != u"000000"_s) {
     // A refused class halts a running batch where it stands: no step follows.
@@ -345,6 +347,9 @@ void TDeviceEvents::processPacketFromSocket_MoringCall(const char *w) {
     // The answer is for the wake-up dialog only: the sender's CallTime stays
     // what this console last sent, which a batch may still repeat.
     emit moringCallAnswered(text, mode);
+  } else if ((sub == 1 || sub == 3 || sub == 4) && FrontDeskAnswer &&
+             FrontDeskAnswer(int(PacketType::MoringCall), w)) {
+    return;
   } else if ((sub == 1 || sub == 3 || sub == 4) && MoringCallBatchRunning &&
              MoringCallBatchRunning()) {
     if (StepMoringCallBatch)
@@ -352,8 +357,12 @@ void TDeviceEvents::processPacketFromSocket_MoringCall(const char *w) {
   }
 }
 
-void TDeviceEvents::processPacketFromSocket_VoiceMail(const char *) {
-  // The voice-mail answer is tested for its sub-code before the handler holds
+void TDeviceEvents::processPacketFromSocket_VoiceMail(const char *w) {
+  // Only a check-in or check-out reads this answer: it waits for it before the
+  // room's next request.
+  if (FrontDeskAnswer && FrontDeskAnswer(int(PacketType::VoiceMailClear), w))
+    return;
+  // Otherwise the voice-mail answer is tested for its sub-code before the handler holds
   // the packet, so the test never passes and the answer never acts: a batch
   // clear stops after its first room and ends in the time-out, as operators
   // know it. The cleared state reaches the grid by the status event, and the
@@ -369,6 +378,8 @@ void TDeviceEvents::processPacketFromSocket_Other(const char *w) {
     emit deviceNotice(sub, QByteArray(w, kWorkBufferSize));
     break;
   case 152:
+    if (FrontDeskAnswer && FrontDeskAnswer(int(PacketType::DeviceControl), w))
+      break;
     if (m_net.MultiTask && StepNoDisturbBatch)
       StepNoDisturbBatch();
     break;

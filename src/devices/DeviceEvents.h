@@ -46,6 +46,10 @@ public:
   std::function<void()> StepSrvClassBatch;
   std::function<void(int code)> StepMoringCallBatch;
   std::function<void()> StepNoDisturbBatch;
+  // A check-in or check-out in progress takes the answers to its own requests
+  // (types 22, 24/152, 35, 40) before anything else; true when it took one.
+  // With none running every answer goes where it always went.
+  std::function<bool(int type, const char *work)> FrontDeskAnswer;
 
 signals:
   void Ext_AddRow(int id);    // an extension was reported: a grid row

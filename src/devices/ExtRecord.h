@@ -35,4 +35,7 @@ struct TExt_Record {
   bool MoringCall_isEveryDay = false;
   TDateTime MoringCall_EveryDay_Time;
   int MoringCall_Mode = 0;
+  // The front desk's own columns: who stays in the room, and whether it is let.
+  QString GuestName;
+  bool Occupied = false;
 };

@@ -17,6 +17,8 @@
 
 #include <sqlite3.h>
 
+#include <functional>
+
 using namespace Qt::StringLiterals;
 
 const QString TSys_DM::Memo_SQL_Exts = u"\n"
@@ -132,6 +134,22 @@ int NativeCount(const QString &sql) {
   return q.exec(sql) && q.next() ? q.value(0).toInt() : -1;
 }
 
+// Runs schema statements as one transaction: all of them, or on a failure
+// (raised as EDatabaseError) none.
+void InOneTransaction(const std::function<void()> &statements) {
+  QSqlDatabase db = StoreConnection();
+  if (!db.transaction())
+    throw EDatabaseError(db.lastError().text());
+  try {
+    statements();
+  } catch (...) {
+    db.rollback();
+    throw;
+  }
+  if (!db.commit())
+    throw EDatabaseError(db.lastError().text());
+}
+
 // Builds the key table when it or one of its triggers is missing: a store from
 // an older console, or one whose triggers another program dropped. One
 // transaction, so a start that dies half-way leaves the store as it was.
@@ -204,25 +222,50 @@ void EnsureRecordPageIndex() {
     return;
   const int records = NativeCount(u"SELECT count(*) FROM PBXConRecords"_s);
   WriteLog(u"Building the call-record index for %1 records"_s.arg(records));
-  QSqlDatabase db = StoreConnection();
   try {
-    if (!db.transaction())
-      throw EDatabaseError(db.lastError().text());
-    try {
+    InOneTransaction([&] {
       Native(u"CREATE INDEX IF NOT EXISTS %1 ON PBXConRecords "
              u"(startTime, ID, Caller, Called, RecType)"_s.arg(wanted));
       Native(u"DROP INDEX IF EXISTS PBXConRecords_startTime"_s);
-    } catch (...) {
-      db.rollback();
-      throw;
-    }
-    if (!db.commit())
-      throw EDatabaseError(db.lastError().text());
+    });
   } catch (const EDatabaseError &error) {
     WriteLog(u"The call-record index could not be built: "_s + error.Message());
     return;
   }
   WriteLog(u"The call-record index is built"_s);
+}
+
+bool ExtsHasColumn(const QString &column) {
+  return NativeCount(u"SELECT count(*) FROM pragma_table_info('Exts') WHERE name='%1'"_s.arg(
+             column)) == 1;
+}
+
+// The front desk keeps who stays in a room and whether it is let in Exts, and
+// what was done to which room in RoomHistory. A store from an older console
+// takes the two columns in one transaction: its rows keep every value and read
+// as vacant. A failure leaves the store as it was; the rooms then can't be
+// checked in or out, and the log says why.
+void EnsureFrontDeskSchema() {
+  if (!ExtsHasColumn(u"GuestName"_s) || !ExtsHasColumn(u"Occupied"_s)) {
+    try {
+      InOneTransaction([] {
+        if (!ExtsHasColumn(u"GuestName"_s))
+          Native(u"ALTER TABLE Exts ADD COLUMN GuestName TEXT"_s);
+        if (!ExtsHasColumn(u"Occupied"_s))
+          Native(u"ALTER TABLE Exts ADD COLUMN Occupied INTEGER NOT NULL DEFAULT 0"_s);
+      });
+      WriteLog(u"The room table is upgraded for the front desk: guest name and occupancy "
+               u"added to %1 rooms"_s.arg(NativeCount(u"SELECT count(*) FROM Exts"_s)));
+    } catch (const EDatabaseError &error) {
+      WriteLog(u"The room table could not be upgraded for the front desk: "_s + error.Message());
+    }
+  }
+  try {
+    Native(u"CREATE TABLE IF NOT EXISTS RoomHistory (ID INTEGER PRIMARY KEY AUTOINCREMENT, "
+           u"ActTime TEXT, RoomNo TEXT, Ext TEXT, Action TEXT, Operator TEXT)"_s);
+  } catch (const EDatabaseError &error) {
+    WriteLog(u"The room history table could not be made: "_s + error.Message());
+  }
 }
 } // namespace
 
@@ -349,6 +392,7 @@ void TSys_DM::DBinit() {
     GuardedGroup(*this, {u"Alter Table Exts Add [MoringCall_Mode] integer"_s});
 
   EnsureRecordPageIndex();
+  EnsureFrontDeskSchema();
   // The call lists' latest hundred. Made once; nothing else changes.
   GuardedGroup(*this,
                {u"CREATE INDEX IF NOT EXISTS conRecords_DateTime ON conRecords ([DateTime])"_s});
@@ -413,6 +457,12 @@ void TSys_DM::AddMoringCallLog(const TMoringCallLog &r) {
                     {u"RoomNo"_s, u"Ext"_s, u"CreateTime"_s, u"MoringCallTime"_s, u"State"_s},
                     {r.RoomNo, r.Ext, DateValue(r.CreateTime), DateValue(r.MoringCallTime),
                      r.State}});
+}
+
+void TSys_DM::AddRoomHistory(const TRoomHistory &r) {
+  m_pending.Append({u"RoomHistory"_s,
+                    {u"ActTime"_s, u"RoomNo"_s, u"Ext"_s, u"Action"_s, u"Operator"_s},
+                    {DateValue(r.ActTime), r.RoomNo, r.Ext, r.Action, r.Operator}});
 }
 
 void TSys_DM::Execute(const QString &jet) {

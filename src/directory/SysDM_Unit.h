@@ -33,6 +33,15 @@ struct TMoringCallLog {
   qint32 Unused2 = 0;
 };
 
+// One row of the front desk's room history: a room checked in or out.
+struct TRoomHistory {
+  TDateTime ActTime;
+  QString RoomNo;
+  QString Ext;
+  QString Action;   // "入住" or "退房"
+  QString Operator; // the console's own extension
+};
+
 // The data module: one SQLite connection for the whole run, the schema check at
 // start, and the few shared operations on it. The windows keep their own queries
 // on the same connection.
@@ -70,6 +79,7 @@ public:
   // never lost (see TPendingWrites). A read through the store sees them.
   void AddPBXConRecord(const TPBXConRecord &record);
   void AddMoringCallLog(const TMoringCallLog &record);
+  void AddRoomHistory(const TRoomHistory &record);
   TPendingWrites &PendingWrites() { return m_pending; }
 
   // Runs one schema or data statement (Jet dialect) on the connection.

@@ -7,6 +7,7 @@
 #include "support/Clock.h"
 #include "support/LanguagePack.h"
 #include "support/Log.h"
+#include "support/Settings.h"
 #include "support/Shell.h"
 
 #include <QMetaMethod>
@@ -48,6 +49,17 @@ QStringList TExtsView::NodisturbItems() {
   return items;
 }
 
+QString TExtsView::GuestText(const TExt_Record &ext) {
+  if (!ext.Occupied)
+    return {};
+  return ext.GuestName.isEmpty() ? u"入住"_s : u"入住:"_s + ext.GuestName;
+}
+
+void TExtsView::ShowGuestColumn(bool shown) {
+  AdvStringGrid_Exts.setHeaderData(TExtGridModel::ColSpare, Qt::Horizontal, u"客人"_s);
+  AdvStringGrid_Exts.SetColumnHidden(TExtGridModel::ColSpare, !shown);
+}
+
 QString TExtsView::MoringModeText(int mode) {
   if (mode == 2)
     return u"中文"_s;
@@ -66,7 +78,7 @@ void TExtsView::ExtsView_Init() {
     for (ADOQuery_Exts.First(); !ADOQuery_Exts.Eof(); ADOQuery_Exts.Next())
       m_extsRecNo.insert(ADOQuery_Exts.AsInteger(u"PortID"_s), ADOQuery_Exts.RecNo());
   });
-  AdvStringGrid_Exts.SetColumnHidden(TExtGridModel::ColSpare, true);
+  ShowGuestColumn(SysConfig().FrontDeskInUse());
   emit recordSearchRequested();
 }
 
@@ -160,6 +172,12 @@ void TExtsView::ReadExts(TExt_Record &v) {
   v.MoringCall_isEveryDay = q.AsBoolean(u"MoringCall_isEveryDay"_s);
   v.MoringCall_EveryDay_Time = q.AsDateTime(u"MoringCall_EveryDay_Time"_s);
   v.MoringCall_Mode = q.AsInteger(u"MoringCall_Mode"_s);
+  // A store whose upgrade failed lacks the front desk's columns: its rooms read
+  // as vacant and nameless.
+  if (q.HasField(u"GuestName"_s)) {
+    v.GuestName = q.AsString(u"GuestName"_s);
+    v.Occupied = q.AsBoolean(u"Occupied"_s);
+  }
 }
 
 void TExtsView::Ext_RefreshRecord(TExt_Record vExt, int vRow) {
@@ -213,6 +231,8 @@ void TExtsView::Ext_RefreshRecord(TExt_Record vExt, int vRow) {
     vExt.MoringCall_isEveryDay = last.MoringCall_isEveryDay;
     vExt.MoringCall_EveryDay_Time = last.MoringCall_EveryDay_Time;
     vExt.MoringCall_Mode = last.MoringCall_Mode;
+    vExt.GuestName = last.GuestName;
+    vExt.Occupied = last.Occupied;
   }
 
   QString wake = vExt.MoringCallTime.IsZero() ? u"关"_s : DateTimeToStr(vExt.MoringCallTime);
@@ -221,6 +241,7 @@ void TExtsView::Ext_RefreshRecord(TExt_Record vExt, int vRow) {
   g.SetCell(vRow, TExtGridModel::ColMoringTime, wake);
   g.SetCell(vRow, TExtGridModel::ColRoomNo, vExt.RoomNo);
   g.SetCell(vRow, TExtGridModel::ColMemo, vExt.Memo);
+  g.SetCell(vRow, TExtGridModel::ColSpare, GuestText(vExt));
 
   const QStringList modes = NodisturbItems();
   QString nodisturb = vExt.NoDisturbMode >= 0 && vExt.NoDisturbMode < modes.size()

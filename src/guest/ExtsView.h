@@ -64,6 +64,10 @@ public:
   static QStringList DefaultSrvClassItems();
   static QStringList NodisturbItems();
   static QString MoringModeText(int mode);
+  // The spare column 11 shows who stays in a room: empty while it is vacant.
+  // It stays hidden, as it always was, until the house sets up its front desk.
+  static QString GuestText(const TExt_Record &ext);
+  void ShowGuestColumn(bool shown);
 
   // Moves ADOQuery_Exts to the port's row; false for a port the table lacks.
   bool LocateExts(int id);
@@ -97,6 +101,9 @@ public:
   // The pause after each daily wake-up that lets the window breathe; a
   // benchmark turns it off to measure the tick's own work.
   bool TickYields = true;
+  // A room in the middle of a check-in or check-out is left out of the tick:
+  // its windows or daily wake-up would undo what the sequence has just sent.
+  std::function<bool(int id)> RoomInSequence;
 
 signals:
   // A double click asks for the dialog of its column.

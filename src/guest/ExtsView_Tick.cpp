@@ -34,6 +34,8 @@ void TExtsView::Timer_ExcuteActionTimer() {
       ids.push_back(id);
   }
   for (int id : ids) {
+    if (RoomInSequence && RoomInSequence(id))
+      continue;
     // Do-not-disturb windows first; they come with their own dialog.
     if (RunNoDisturbWindows)
       RunNoDisturbWindows(id);

@@ -127,6 +127,9 @@ void LoadConfig(TSysConfig &c) {
   c.LastShiftReport = TDateTime();
   TryStrToDateTime(ini.ReadString(u"FrontDesk"_s, u"LastShiftReport"_s, QString()),
                    &c.LastShiftReport);
+  // A class below -1 is as good as unset.
+  c.VacantClass = qMax(-1, ini.ReadInteger(u"FrontDesk"_s, u"VacantClass"_s, -1));
+  c.OccupiedClass = qMax(-1, ini.ReadInteger(u"FrontDesk"_s, u"OccupiedClass"_s, -1));
 }
 
 void SaveConfig(TSysConfig &c) {
@@ -181,6 +184,14 @@ void SaveConfig(TSysConfig &c) {
   // --- [FrontDesk] ---
   if (!c.LastShiftReport.IsZero())
     ini.WriteString(u"FrontDesk"_s, u"LastShiftReport"_s, FormatFull(c.LastShiftReport));
+  // The classes are written once the house has set them up, so a console that
+  // never uses them keeps the file it always wrote.
+  if (c.FrontDeskInUse() ||
+      !ini.ReadString(u"FrontDesk"_s, u"VacantClass"_s, QString()).isEmpty() ||
+      !ini.ReadString(u"FrontDesk"_s, u"OccupiedClass"_s, QString()).isEmpty()) {
+    ini.WriteInteger(u"FrontDesk"_s, u"VacantClass"_s, c.VacantClass);
+    ini.WriteInteger(u"FrontDesk"_s, u"OccupiedClass"_s, c.OccupiedClass);
+  }
 
   QString error;
   if (!ini.Save(path, /*ownerOnly=*/true, &error)) {

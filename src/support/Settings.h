@@ -40,11 +40,18 @@ struct TSysConfig {
   // [Other] IMHost and only read, like Debug.
   QString IMHost;
 
-  // --- [FrontDesk]: the front desk's own keys ---
+  // --- [FrontDesk]: the house's check-in and check-out ---
+  // Service classes (0-based, as on the wire) a room takes when it is let and
+  // when it is given back; -1 while the house hasn't chosen. Check-in and
+  // check-out refuse to run without them. More front-desk keys belong here.
+  int VacantClass = -1;
+  int OccupiedClass = -1;
+  bool FrontDeskInUse() const { return VacantClass >= 0 || OccupiedClass >= 0; }
   // [FrontDesk] LastShiftReport: when the last shift report was handed over
   // (saved or printed), "yyyy-MM-dd hh:mm:ss"; 0 (missing or unreadable) means
   // never. The next report lists the failed wake-ups from then on.
   TDateTime LastShiftReport;
+  // --- end of [FrontDesk] ---
 };
 
 // The process-wide record.

@@ -60,6 +60,7 @@ void Tsysset_Form::FormCreate() {
     item.Checked = c.TypeVisible[item.Type];
 
   TeSEdit_LinkURL = c.LinkURL;
+  FillFrontDeskPage();
   ActivePage = TabSheet1;
 }
 
@@ -71,6 +72,7 @@ void Tsysset_Form::FormShow() {
   LDNo_LMDEdit = c.LDNo;
   if (!m_hostToShow.isEmpty())
     HostIP_LMDEdit = std::exchange(m_hostToShow, QString());
+  FillFrontDeskPage();
 }
 
 void Tsysset_Form::ShowExchangePage(const QString &host) {
@@ -138,4 +140,50 @@ void Tsysset_Form::TeEffectButton7Click() {
 
 void Tsysset_Form::TeEffectButton8Click() {
   SysConfig().LinkURL = TeSEdit_LinkURL;
+}
+
+namespace {
+// The class number before an item's colon, less one; -1 for an item without.
+int ClassOfItem(const QString &item) {
+  bool ok = false;
+  const int number = item.section(u':', 0, 0).toInt(&ok);
+  return ok && item.contains(u':') ? number - 1 : -1;
+}
+
+int ItemOfClass(const QStringList &items, int srvClass) {
+  if (srvClass < 0)
+    return -1;
+  for (int i = 0; i < items.size(); ++i) {
+    if (ClassOfItem(items.at(i)) == srvClass)
+      return i;
+  }
+  return -1;
+}
+} // namespace
+
+void Tsysset_Form::FillFrontDeskPage() {
+  const TSysConfig &c = SysConfig();
+  FrontDesk_ClassItems = SrvClassNames ? SrvClassNames() : QStringList();
+  // A class set earlier stays chosen while the exchange's list is unknown: the
+  // page shows it by its number, and an apply keeps it.
+  const auto add = [this](int srvClass) {
+    if (srvClass >= 0 && ItemOfClass(FrontDesk_ClassItems, srvClass) < 0)
+      FrontDesk_ClassItems.append(u"%1:"_s.arg(srvClass + 1));
+  };
+  add(c.VacantClass);
+  add(c.OccupiedClass);
+  FrontDesk_VacantClass_ItemIndex = ItemOfClass(FrontDesk_ClassItems, c.VacantClass);
+  FrontDesk_OccupiedClass_ItemIndex = ItemOfClass(FrontDesk_ClassItems, c.OccupiedClass);
+}
+
+void Tsysset_Form::TeButton_FrontDesk_ApplyClick() {
+  const auto classAt = [this](int index) {
+    return index >= 0 && index < FrontDesk_ClassItems.size()
+               ? ClassOfItem(FrontDesk_ClassItems.at(index))
+               : -1;
+  };
+  TSysConfig &c = SysConfig();
+  c.VacantClass = classAt(FrontDesk_VacantClass_ItemIndex);
+  c.OccupiedClass = classAt(FrontDesk_OccupiedClass_ItemIndex);
+  emit frontDeskChanged();
 }

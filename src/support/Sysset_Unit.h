@@ -4,6 +4,9 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
+
+#include <functional>
 
 // One item of TeListView_ExtsPanel: a port type the board can show or hide.
 struct TExtsPanelItem {
@@ -12,13 +15,13 @@ struct TExtsPanelItem {
   bool Checked;
 };
 
-// The settings window: five pages that edit the settings record. It loads the
+// The settings window: six pages that edit the settings record. It loads the
 // record when it is created, and the record stays the console's for the run.
 class Tsysset_Form : public TFormLogic {
   Q_OBJECT
 
 public:
-  enum Page { TabSheet1, TabSheet2, TabSheet3, TabSheet6, TabSheet7 };
+  enum Page { TabSheet1, TabSheet2, TabSheet3, TabSheet6, TabSheet7, TabSheet_FrontDesk };
 
   explicit Tsysset_Form(QObject *parent = nullptr);
   ~Tsysset_Form() override;
@@ -59,6 +62,19 @@ public:
   QString TeSEdit_LinkURL;
   void TeEffectButton8Click(); // apply, stays open
 
+  // --- Page 6, the front desk ([FrontDesk]) ---
+  // The exchange's class names ("1:name", ...), read each time the page fills;
+  // the console sets where they come from. Empty before the exchange sent them.
+  std::function<QStringList()> SrvClassNames;
+  QStringList FrontDesk_ClassItems;
+  // Item indexes of the two lists, -1 for none: a class number, 0-based as on
+  // the wire, is its item's number before the colon less one.
+  int FrontDesk_VacantClass_ItemIndex = -1;
+  int FrontDesk_OccupiedClass_ItemIndex = -1;
+  void FillFrontDeskPage();
+  void TeButton_FrontDesk_ApplyClick(); // apply, stays open
+  // --- end of page 6 ---
+
   Page ActivePage = TabSheet1;
 
 signals:
@@ -66,6 +82,8 @@ signals:
   void ringToneButtonChanged(int imageIndex, const QString &caption);
   // The main window's TeTabSheet_Log is shown only while logging is on.
   void logPageVisibleChanged(bool visible);
+  // The front-desk page was applied.
+  void frontDeskChanged();
 
 private:
   QString m_hostToShow;

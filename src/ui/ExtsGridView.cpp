@@ -10,6 +10,7 @@
 
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QKeySequence>
 #include <QMenu>
 #include <QStyledItemDelegate>
 
@@ -100,6 +101,7 @@ TExtsGridView::TExtsGridView(TMain_Form &main, QWidget *parent)
     const char16_t *Name;
     const char16_t *Text;
     std::function<void()> Click;
+    QKeySequence Keys = {};
   } kItems[] = {
       {u"N27", u"全选", [this] { m_exts.N27Click(); }},
       {u"N28", u"反选", [this] { m_exts.N28Click(); }},
@@ -109,6 +111,14 @@ TExtsGridView::TExtsGridView(TMain_Form &main, QWidget *parent)
       {u"N22", u"转移", [this] { m_main.N22Click(); }},
       {nullptr, nullptr, {}},
       {u"N25", u"叫醒记录", [this] { m_exts.N25Click(); }},
+      {nullptr, nullptr, {}},
+      // The front desk's own items.
+      {u"N_CheckIn", u"入住...", [this] { OpenCheckInOnCurrent(); },
+       QKeySequence(Qt::CTRL | Qt::Key_I)},
+      {u"N_CheckOut", u"退房...", [this] { m_main.CheckOut(false); },
+       QKeySequence(Qt::CTRL | Qt::Key_O)},
+      {u"N_CheckOutMulti", u"选中房间退房...", [this] { m_main.CheckOut(true); }},
+      {u"N_RoomHistory", u"入住退房记录", [this] { OpenRoomHistoryOnCurrent(); }},
   };
   for (const auto &item : kItems) {
     if (!item.Name) {
@@ -118,6 +128,12 @@ TExtsGridView::TExtsGridView(TMain_Form &main, QWidget *parent)
     QAction *a = m_menu->addAction(QString::fromUtf16(item.Text));
     a->setObjectName(QString::fromUtf16(item.Name));
     connect(a, &QAction::triggered, this, [click = item.Click] { RunGuarded(click); });
+    if (!item.Keys.isEmpty()) {
+      // The keys work wherever the list has the focus, menu open or not.
+      a->setShortcut(item.Keys);
+      a->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+      addAction(a);
+    }
   }
 
   TSettingsBindings &b = SettingsBindings();
@@ -128,6 +144,18 @@ TExtsGridView::TExtsGridView(TMain_Form &main, QWidget *parent)
   for (int c = 0; c < m_widths.size(); ++c)
     SetColumnWidthKept(c, SettingsIni().ReadInteger(u"AdvStringGrid_Exts"_s,
                                                     u"ColWidths%1"_s.arg(c), m_widths.at(c)));
+}
+
+void TExtsGridView::OpenCheckInOnCurrent() {
+  const int id = m_exts.Ext_CurrentID();
+  if (id >= 0)
+    m_main.OpenCheckIn(id);
+}
+
+void TExtsGridView::OpenRoomHistoryOnCurrent() {
+  const int slot = m_exts.AdvStringGrid_Exts.CurrentSlot();
+  m_main.OpenRoomHistory(slot < 0 ? QString()
+                                  : m_exts.AdvStringGrid_Exts.Cell(slot, TExtGridModel::ColTelNos));
 }
 
 TExtsGridView::~TExtsGridView() {

@@ -32,6 +32,8 @@ private:
   void HeaderClicked(int column);
   void ShowSortIndicator();
   void FollowCurrentRow(int shownRow);
+  void OpenCheckInOnCurrent();
+  void OpenRoomHistoryOnCurrent();
 
   TMain_Form &m_main;
   TExtsView &m_exts;

@@ -114,11 +114,24 @@ SettingsDialog::SettingsDialog(Tsysset_Form &logic, QWidget *parent)
   link->addRow(NamedLabel(u"TeLabel_LinkURL"_s, u"外部接口程序:"_s, this), m_linkURL);
   auto *apply5 = NamedButton(u"TeEffectButton8"_s, u"立即应用"_s, this);
 
+  // The front desk: one form, so later keys of [FrontDesk] are one row each.
+  m_vacantClass = new QComboBox(this);
+  m_vacantClass->setObjectName(u"FrontDesk_VacantClass"_s);
+  m_occupiedClass = new QComboBox(this);
+  m_occupiedClass->setObjectName(u"FrontDesk_OccupiedClass"_s);
+  auto *frontDesk = Form();
+  frontDesk->addRow(NamedLabel(u"TeLabel_VacantClass"_s, u"空房服务级别:"_s, this),
+                    m_vacantClass);
+  frontDesk->addRow(NamedLabel(u"TeLabel_OccupiedClass"_s, u"入住服务级别:"_s, this),
+                    m_occupiedClass);
+  auto *applyFrontDesk = NamedButton(u"TeButton_FrontDesk_Apply"_s, u"应 用"_s, this);
+
   m_pages->addTab(Page(u"TabSheet1"_s, exchange, {apply1, cancel1}), u"交换机参数"_s);
   m_pages->addTab(Page(u"TabSheet2"_s, store, {apply2, cancel2}), u"数据库设置"_s);
   m_pages->addTab(Page(u"TabSheet3"_s, ring, {apply3, cancel3}), u"来电设置"_s);
   m_pages->addTab(Page(u"TabSheet6"_s, panels, {apply4}), u"面板端口设置"_s);
   m_pages->addTab(Page(u"TabSheet7"_s, link, {apply5}), u"外部接口配置"_s);
+  m_pages->addTab(Page(u"TabSheet_FrontDesk"_s, frontDesk, {applyFrontDesk}), u"前台"_s);
 
   auto *outer = new QVBoxLayout(this);
   outer->setContentsMargins(12, 12, 12, 12);
@@ -131,6 +144,8 @@ SettingsDialog::SettingsDialog(Tsysset_Form &logic, QWidget *parent)
   setTabOrder(m_dbFile, browse);
   setTabOrder(browse, apply2);
   setTabOrder(apply2, cancel2);
+  setTabOrder(m_vacantClass, m_occupiedClass);
+  setTabOrder(m_occupiedClass, applyFrontDesk);
 
   BindLanguage(m_logic, this);
 
@@ -147,6 +162,7 @@ SettingsDialog::SettingsDialog(Tsysset_Form &logic, QWidget *parent)
   onClick(cancel3, &Tsysset_Form::TeEffectButton6Click);
   onClick(apply4, &Tsysset_Form::TeEffectButton7Click);
   onClick(apply5, &Tsysset_Form::TeEffectButton8Click);
+  onClick(applyFrontDesk, &Tsysset_Form::TeButton_FrontDesk_ApplyClick);
 
   // Saving the settings reads the list's checks and the link text as they
   // stand, applied or not, so both go into the logic as soon as they change.
@@ -189,6 +205,14 @@ void SettingsDialog::Refresh() {
     m_extsPanel->item(i)->setCheckState(m_logic.TeListView_ExtsPanel[i].Checked ? Qt::Checked
                                                                                 : Qt::Unchecked);
   m_linkURL->setText(m_logic.TeSEdit_LinkURL);
+  // "(未设置)" first: index 0 of a list is the logic's -1.
+  for (QComboBox *box : {m_vacantClass, m_occupiedClass}) {
+    box->clear();
+    box->addItem(u"(未设置)"_s);
+    box->addItems(m_logic.FrontDesk_ClassItems);
+  }
+  m_vacantClass->setCurrentIndex(m_logic.FrontDesk_VacantClass_ItemIndex + 1);
+  m_occupiedClass->setCurrentIndex(m_logic.FrontDesk_OccupiedClass_ItemIndex + 1);
   m_pages->setCurrentIndex(int(m_logic.ActivePage));
   m_refreshing = false;
 }
@@ -203,6 +227,8 @@ void SettingsDialog::StoreEdits() {
   for (int i = 0; i < m_extsPanel->count() && i < m_logic.TeListView_ExtsPanel.size(); ++i)
     m_logic.TeListView_ExtsPanel[i].Checked = m_extsPanel->item(i)->checkState() == Qt::Checked;
   m_logic.TeSEdit_LinkURL = m_linkURL->text();
+  m_logic.FrontDesk_VacantClass_ItemIndex = m_vacantClass->currentIndex() - 1;
+  m_logic.FrontDesk_OccupiedClass_ItemIndex = m_occupiedClass->currentIndex() - 1;
   m_logic.ActivePage = Tsysset_Form::Page(m_pages->currentIndex());
 }
 

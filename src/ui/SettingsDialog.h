@@ -8,7 +8,7 @@ class QListWidget;
 class QTabWidget;
 class Tsysset_Form;
 
-// The settings window over Tsysset_Form: five pages, each with its own apply
+// The settings window over Tsysset_Form: six pages, each with its own apply
 // key. Every show fills the exchange page again from the settings, since the
 // login dialog may have changed the address meanwhile.
 class SettingsDialog : public QDialog {
@@ -38,4 +38,6 @@ private:
   QComboBox *m_ringFlag;
   QListWidget *m_extsPanel;
   QLineEdit *m_linkURL;
+  QComboBox *m_vacantClass;
+  QComboBox *m_occupiedClass;
 };

@@ -129,6 +129,27 @@ private slots:
     QVERIFY(Sys_DM().FieldExists(u"Exts"_s, u"MoringCall_Mode"_s)); // other groups ran
   }
 
+  // A store of an older console takes the front desk's columns at its first
+  // start: every room keeps what it held and reads as vacant.
+  void olderStoreTakesTheFrontDeskColumns() {
+    TestHome home;
+    SysConfig().Debug = 1;
+    Sys_DM().DataModuleCreate();
+    Sys_DM().Execute(u"drop table Exts"_s);
+    Sys_DM().Execute(u"drop table RoomHistory"_s);
+    Sys_DM().Execute(TSys_DM::Memo_SQL_Exts);
+    Sys_DM().Execute(u"INSERT INTO Exts (portID, RoomNo, Memo) values(7, '301', 'it''s late')"_s);
+    LogMemo().Clear();
+    Sys_DM().DBinit();
+    QVERIFY(Sys_DM().FieldExists(u"Exts"_s, u"GuestName"_s));
+    QVERIFY(Sys_DM().FieldExists(u"Exts"_s, u"MoringCall_Mode"_s));
+    QVERIFY(Sys_DM().TableExists(u"RoomHistory"_s));
+    QCOMPARE(Scalar(u"select count(*) from Exts where portID=7 and RoomNo='301' and "
+                    u"Memo='it''s late' and Occupied=0 and GuestName is null"_s),
+             1);
+    QVERIFY(LogMemo().Lines().join(u'\n').contains(u"upgraded for the front desk"_s));
+  }
+
   void databaseFileSetting_data() {
     QTest::addColumn<bool>("exists");
     QTest::newRow("existing file is used") << true;

@@ -5,6 +5,7 @@
 #include "common/TestHome.h"
 #include "console/Login_Form.h"
 #include "console/Main_Form.h"
+#include "devices/DeviceEvents.h"
 #include "directory/SysDM_Unit.h"
 #include "guest/ExtsView.h"
 #include "link/SysParam.h"
