@@ -26,6 +26,7 @@ class TForm_VoiceMail_Set;
 class THint_Form;
 class TNodisturb;
 class TForm_MoringCallLog;
+class TForm_WakeUpAlarms;
 class TPBXRecords;
 class TRecordServerPage;
 class TMoringCall_Form;
@@ -241,6 +242,9 @@ public:
   TNodisturb &Nodisturb() { return *m_nodisturb; }
   // The walk of the batch keys, with Timer_MultiProcess and its panel.
   TBatchWalk &BatchWalk() { return *m_batchWalk; }
+  // Front desk: the alarms of failed wake-ups and their window (shown on its
+  // shown()), with the retries of failed wake-ups.
+  TForm_WakeUpAlarms &Form_WakeUpAlarms() { return *m_wakeUpAlarms; }
   // PopupMenu_Ext: call and transfer to the grid's current row.
   void N21Click();
   void N22Click();
@@ -319,6 +323,7 @@ private:
   std::unique_ptr<TForm_Nodisturb> m_nodisturbForm;
   std::unique_ptr<TForm_VoiceMail_Set> m_voiceMailForm;
   std::unique_ptr<TForm_MemoSet> m_memoSetForm;
+  std::unique_ptr<TForm_WakeUpAlarms> m_wakeUpAlarms;
   std::unique_ptr<TPBXRecords> m_pbxRecords;
   std::unique_ptr<TRecordServerPage> m_recordServer;
   std::unique_ptr<TForm_MoringCallLog> m_moringCallLog;

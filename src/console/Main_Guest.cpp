@@ -15,6 +15,7 @@
 #include "guest/Nodisturb.h"
 #include "guest/Nodisturb_Form.h"
 #include "guest/VoiceMail_Set.h"
+#include "guest/WakeUpAlarms.h"
 #include "support/Log.h"
 #include "support/Shell.h"
 
@@ -32,8 +33,19 @@ void TMain_Form::WireGuest() {
   m_voiceMailForm =
       std::make_unique<TForm_VoiceMail_Set>(*m_devices, *m_netModule, *m_extsView, *m_batchWalk);
   m_memoSetForm = std::make_unique<TForm_MemoSet>(*m_devices, *m_extsView);
+  m_wakeUpAlarms = std::make_unique<TForm_WakeUpAlarms>(*m_devices, *m_netModule);
   TExtsView &exts = *m_extsView;
   TDeviceEvents &events = *m_deviceEvents;
+
+  // Front desk: every logged wake-up result goes past the alarms, which count
+  // its attempt; the list's start-up search means the store is open, so the
+  // alarms a restart kept are read then.
+  TForm_WakeUpAlarms &alarms = *m_wakeUpAlarms;
+  exts.MoringResultSeen = [&alarms](const TExt_Record &room, TDateTime when, int state) {
+    return alarms.ResultSeen(room, when, state);
+  };
+  exts.WakeRetryPending = [&alarms](int id) { return alarms.RetryPending(id); };
+  connect(&exts, &TExtsView::recordSearchRequested, &alarms, &TForm_WakeUpAlarms::Reload);
 
   exts.LocatePanel = [this](const QString &number) { return FindExtension(number); };
   exts.SrvClassItems = [&events] { return events.SrvClassNames.stringList(); };

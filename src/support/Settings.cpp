@@ -122,6 +122,13 @@ void LoadConfig(TSysConfig &c) {
     c.TypeVisible[i] = ini.ReadBool(u"ExtsPanel"_s, u"TypeVisible%1"_s.arg(i), true);
   c.LinkURL = ini.ReadString(u"Other"_s, u"LinkURL"_s, QString());
   c.IMHost = ini.ReadString(u"Other"_s, u"IMHost"_s, QString());
+
+  // --- Front desk: wake-up follow-up. A hand-edited value out of range is
+  // brought back into it rather than retrying every minute or for ever.
+  c.WakeRetry = ini.ReadInteger(u"FrontDesk"_s, u"WakeRetry"_s, 0) != 0 ? 1 : 0;
+  c.WakeRetryMinutes = qBound(1, ini.ReadInteger(u"FrontDesk"_s, u"WakeRetryMinutes"_s, 5), 240);
+  c.WakeRetryMax = qBound(1, ini.ReadInteger(u"FrontDesk"_s, u"WakeRetryMax"_s, 2), 10);
+  // --- end of the wake-up follow-up block ---
 }
 
 void SaveConfig(TSysConfig &c) {
@@ -172,6 +179,12 @@ void SaveConfig(TSysConfig &c) {
     ini.WriteBool(u"ExtsPanel"_s, u"TypeVisible%1"_s.arg(i), c.TypeVisible[i]);
 
   ini.WriteString(u"Other"_s, u"LinkURL"_s, b.LinkUrlText ? b.LinkUrlText() : c.LinkURL);
+
+  // --- Front desk: wake-up follow-up ---
+  ini.WriteInteger(u"FrontDesk"_s, u"WakeRetry"_s, c.WakeRetry);
+  ini.WriteInteger(u"FrontDesk"_s, u"WakeRetryMinutes"_s, c.WakeRetryMinutes);
+  ini.WriteInteger(u"FrontDesk"_s, u"WakeRetryMax"_s, c.WakeRetryMax);
+  // --- end of the wake-up follow-up block ---
 
   QString error;
   if (!ini.Save(path, /*ownerOnly=*/true, &error)) {

@@ -38,6 +38,14 @@ struct TSysConfig {
   // The instant-messenger server a contact's link goes to. Set by hand in
   // [Other] IMHost and only read, like Debug.
   QString IMHost;
+
+  // --- Front desk: wake-up follow-up, section [FrontDesk] ---
+  // A failed wake-up is set again this many minutes on, at most this many
+  // times, while WakeRetry isn't 0. Off by default.
+  int WakeRetry = 0;
+  int WakeRetryMinutes = 5; // 1..240
+  int WakeRetryMax = 2;     // 1..10
+  // --- end of the wake-up follow-up block ---
 };
 
 // The process-wide record.
