@@ -12,6 +12,7 @@
 #include "directory/TaskEdit_Unit.h"
 #include "directory/Tasks_Unit.h"
 #include "guest/MoringCallLog_Unit.h"
+#include "guest/WakeUpAlarms.h"
 #include "support/LanguagePack.h"
 #include "support/Shell.h"
 #include "support/Sysset_Unit.h"
@@ -32,6 +33,7 @@
 #include "ui/MemoSetDialog.h"
 #include "ui/MoringCallDialog.h"
 #include "ui/MoringCallLogWindow.h"
+#include "ui/WakeUpAlarmsWindow.h"
 #include "ui/Named.h"
 #include "ui/NodisturbDialog.h"
 #include "ui/PopMsgWindow.h"
@@ -45,9 +47,11 @@
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPushButton>
 #include <QStatusBar>
 #include <QSystemTrayIcon>
 #include <QTabWidget>
+#include <QToolBar>
 #include <QVBoxLayout>
 
 #include <cstdio>
@@ -76,6 +80,13 @@ ConsoleScreens::ConsoleScreens(ConsoleProcess &process, WidgetShell &shell, QObj
     RestoreWindow();
     if (SysParam().CallState == 2 && !SysParam().CallerNo.isEmpty())
       RunGuarded([&] { main.Pages().ShowIncomingDirect(SysParam().CallerNo); });
+  });
+  // Front desk: a click on a failed wake-up's balloon opens the alarms.
+  connect(&main.Form_WakeUpAlarms(), &TForm_WakeUpAlarms::alarmRaised, this,
+          [this] { m_alarmBalloon.start(); });
+  connect(&shell, &WidgetShell::balloonClicked, this, [this, &main] {
+    if (m_alarmBalloon.isValid() && m_alarmBalloon.elapsed() < 15000)
+      main.Form_WakeUpAlarms().Show();
   });
   connect(&main.Pages(), &TDirectoryPages::restoreMainWindowRequested, this,
           &ConsoleScreens::RestoreWindow);
@@ -149,6 +160,7 @@ void ConsoleScreens::BuildWindows() {
   connect(m_board, &TBoardView::wakeUpRequested, this,
           [&main](int id) { RunGuarded([&] { main.OpenMoringCall(id); }); });
   BuildGuestDialogs();
+  BuildWakeUpAlarms();
   if (auto *tools = w->findChild<QMenu *>(u"N1"_s)) {
     QAction *find = new QAction(u"分机管理..."_s, tools);
     find->setObjectName(u"ExtFind_MenuItem"_s);
@@ -187,6 +199,35 @@ void ConsoleScreens::BuildGuestDialogs() {
   auto *progress = new BatchProgress(main.BatchWalk(), main.CallControlDev(), w);
   w->statusBar()->addWidget(progress);
   BindLanguage(main, progress);
+}
+
+// Front desk: the failed wake-ups' window, its key on the toolbar and in the
+// tools menu, and their count on the status bar while any is open.
+void ConsoleScreens::BuildWakeUpAlarms() {
+  TForm_WakeUpAlarms &alarms = m_process.Main()->Form_WakeUpAlarms();
+  TMainWindow *w = m_window.get();
+  new WakeUpAlarmsWindow(alarms, w);
+  const auto open = [&alarms] { alarms.Show(); };
+  if (auto *bar = w->findChild<QToolBar *>(u"TeToolBar1"_s))
+    bar->addAction(u"叫醒告警"_s, this, open)->setObjectName(u"WakeUpAlarms_TeSpeedButton"_s);
+  if (auto *tools = w->findChild<QMenu *>(u"N1"_s)) {
+    auto *item = new QAction(u"叫醒失败告警..."_s, tools);
+    item->setObjectName(u"WakeUpAlarms_MenuItem"_s);
+    tools->insertAction(tools->actions().value(1), item);
+    connect(item, &QAction::triggered, this, open);
+  }
+  auto *count = new QPushButton(w);
+  count->setObjectName(u"WakeUpAlarms_StatusButton"_s);
+  count->setFlat(true);
+  count->setStyleSheet(u"QPushButton { color: white; background: #c0392b; padding: 1px 8px; }"_s);
+  connect(count, &QPushButton::clicked, this, open);
+  w->statusBar()->addPermanentWidget(count);
+  const auto refresh = [count, &alarms] {
+    count->setText(alarms.StatusText());
+    count->setVisible(alarms.Count() > 0);
+  };
+  connect(&alarms, &TForm_WakeUpAlarms::alarmsChanged, count, refresh);
+  refresh();
 }
 
 void ConsoleScreens::WireTray() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QObject>
 
 #include <memory>
@@ -42,6 +43,7 @@ private:
   QWidget *BuildBoardPage();
   void BuildWindows();
   void BuildGuestDialogs();
+  void BuildWakeUpAlarms();
   void WireTray();
   void RestoreWindow();
   // After a language switch: what measures or paints its own texts.
@@ -57,4 +59,5 @@ private:
   TExtsPage *m_extsPage = nullptr;
   LoginDialog *m_login = nullptr;
   TasksWindow *m_tasks = nullptr;
+  QElapsedTimer m_alarmBalloon; // since the last failed wake-up's balloon
 };

@@ -99,10 +99,9 @@ int TForm_WakeUpAlarms::ResultSeen(const TExt_Record &room, TDateTime wakeTime, 
     text += u"，%1 再次叫醒"_s.arg(alarm.RetryTime.Time().toString(u"hh:mm"_s));
   WriteLog(u"Wake-up not answered: "_s + text);
   TheShell().Balloon(u"叫醒失败"_s, text, 10, BalloonIcon::Warning);
-  if (index < 0) {
-    TheShell().RingOnce();
-    emit alarmRaised(room.ID);
-  }
+  if (index < 0)
+    TheShell().RingOnce(); // a new alarm; later attempts are counted quietly
+  emit alarmRaised(room.ID);
   emit alarmsChanged();
   if (retry) {
     // Sent once the refresh that saw the failure is over, so the retry's own

@@ -47,7 +47,7 @@ public:
 
 signals:
   void alarmsChanged();
-  // A new alarm: the screens may bring the window up from the tray balloon.
+  // A failure was announced by a balloon; a click on it opens the window.
   void alarmRaised(int id);
 
 private:

@@ -60,6 +60,10 @@ void Tsysset_Form::FormCreate() {
     item.Checked = c.TypeVisible[item.Type];
 
   TeSEdit_LinkURL = c.LinkURL;
+  // --- front desk: wake-up follow-up ---
+  WakeRetry_TeCheckBox = c.WakeRetry != 0;
+  WakeRetryMinutes_TeSpinEdit = c.WakeRetryMinutes;
+  WakeRetryMax_TeSpinEdit = c.WakeRetryMax;
   ActivePage = TabSheet1;
 }
 
@@ -138,4 +142,12 @@ void Tsysset_Form::TeEffectButton7Click() {
 
 void Tsysset_Form::TeEffectButton8Click() {
   SysConfig().LinkURL = TeSEdit_LinkURL;
+}
+
+// --- front desk: wake-up follow-up ---
+void Tsysset_Form::WakeRetry_ApplyClick() {
+  TSysConfig &c = SysConfig();
+  c.WakeRetry = WakeRetry_TeCheckBox ? 1 : 0;
+  c.WakeRetryMinutes = WakeRetryMinutes_TeSpinEdit = qBound(1, WakeRetryMinutes_TeSpinEdit, 240);
+  c.WakeRetryMax = WakeRetryMax_TeSpinEdit = qBound(1, WakeRetryMax_TeSpinEdit, 10);
 }

@@ -18,7 +18,7 @@ class Tsysset_Form : public TFormLogic {
   Q_OBJECT
 
 public:
-  enum Page { TabSheet1, TabSheet2, TabSheet3, TabSheet6, TabSheet7 };
+  enum Page { TabSheet1, TabSheet2, TabSheet3, TabSheet6, TabSheet7, TabSheet_FrontDesk };
 
   explicit Tsysset_Form(QObject *parent = nullptr);
   ~Tsysset_Form() override;
@@ -58,6 +58,13 @@ public:
   // Page 5, the external program.
   QString TeSEdit_LinkURL;
   void TeEffectButton8Click(); // apply, stays open
+
+  // --- Page "前台" (front desk): the wake-up follow-up's retries ---
+  bool WakeRetry_TeCheckBox = false;
+  int WakeRetryMinutes_TeSpinEdit = 5;
+  int WakeRetryMax_TeSpinEdit = 2;
+  void WakeRetry_ApplyClick(); // apply, stays open
+  // --- end of the wake-up follow-up block ---
 
   Page ActivePage = TabSheet1;
 

@@ -5,6 +5,7 @@
 #include "ui/LanguageBinding.h"
 #include "ui/Named.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
@@ -12,6 +13,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -114,11 +116,31 @@ SettingsDialog::SettingsDialog(Tsysset_Form &logic, QWidget *parent)
   link->addRow(NamedLabel(u"TeLabel_LinkURL"_s, u"外部接口程序:"_s, this), m_linkURL);
   auto *apply5 = NamedButton(u"TeEffectButton8"_s, u"立即应用"_s, this);
 
+  // --- page "前台" (front desk): the wake-up follow-up's retries ---
+  m_wakeRetry = new QCheckBox(u"叫醒无人接听时自动重试"_s, this);
+  m_wakeRetry->setObjectName(u"WakeRetry_TeCheckBox"_s);
+  m_wakeRetryMinutes = new QSpinBox(this);
+  m_wakeRetryMinutes->setObjectName(u"WakeRetryMinutes_TeSpinEdit"_s);
+  m_wakeRetryMinutes->setRange(1, 240);
+  m_wakeRetryMinutes->setSuffix(u" 分钟"_s);
+  m_wakeRetryMax = new QSpinBox(this);
+  m_wakeRetryMax->setObjectName(u"WakeRetryMax_TeSpinEdit"_s);
+  m_wakeRetryMax->setRange(1, 10);
+  auto *frontDesk = Form();
+  frontDesk->addRow(m_wakeRetry);
+  frontDesk->addRow(NamedLabel(u"TeLabel_WakeRetryMinutes"_s, u"重试间隔:"_s, this),
+                    m_wakeRetryMinutes);
+  frontDesk->addRow(NamedLabel(u"TeLabel_WakeRetryMax"_s, u"最多重试次数:"_s, this),
+                    m_wakeRetryMax);
+  auto *applyWakeRetry = NamedButton(u"WakeRetry_TeButton"_s, u"应 用"_s, this);
+  // --- end of the wake-up follow-up block ---
+
   m_pages->addTab(Page(u"TabSheet1"_s, exchange, {apply1, cancel1}), u"交换机参数"_s);
   m_pages->addTab(Page(u"TabSheet2"_s, store, {apply2, cancel2}), u"数据库设置"_s);
   m_pages->addTab(Page(u"TabSheet3"_s, ring, {apply3, cancel3}), u"来电设置"_s);
   m_pages->addTab(Page(u"TabSheet6"_s, panels, {apply4}), u"面板端口设置"_s);
   m_pages->addTab(Page(u"TabSheet7"_s, link, {apply5}), u"外部接口配置"_s);
+  m_pages->addTab(Page(u"TabSheet_FrontDesk"_s, frontDesk, {applyWakeRetry}), u"前台"_s);
 
   auto *outer = new QVBoxLayout(this);
   outer->setContentsMargins(12, 12, 12, 12);
@@ -147,6 +169,7 @@ SettingsDialog::SettingsDialog(Tsysset_Form &logic, QWidget *parent)
   onClick(cancel3, &Tsysset_Form::TeEffectButton6Click);
   onClick(apply4, &Tsysset_Form::TeEffectButton7Click);
   onClick(apply5, &Tsysset_Form::TeEffectButton8Click);
+  onClick(applyWakeRetry, &Tsysset_Form::WakeRetry_ApplyClick);
 
   // Saving the settings reads the list's checks and the link text as they
   // stand, applied or not, so both go into the logic as soon as they change.
@@ -189,6 +212,9 @@ void SettingsDialog::Refresh() {
     m_extsPanel->item(i)->setCheckState(m_logic.TeListView_ExtsPanel[i].Checked ? Qt::Checked
                                                                                 : Qt::Unchecked);
   m_linkURL->setText(m_logic.TeSEdit_LinkURL);
+  m_wakeRetry->setChecked(m_logic.WakeRetry_TeCheckBox);
+  m_wakeRetryMinutes->setValue(m_logic.WakeRetryMinutes_TeSpinEdit);
+  m_wakeRetryMax->setValue(m_logic.WakeRetryMax_TeSpinEdit);
   m_pages->setCurrentIndex(int(m_logic.ActivePage));
   m_refreshing = false;
 }
@@ -203,6 +229,9 @@ void SettingsDialog::StoreEdits() {
   for (int i = 0; i < m_extsPanel->count() && i < m_logic.TeListView_ExtsPanel.size(); ++i)
     m_logic.TeListView_ExtsPanel[i].Checked = m_extsPanel->item(i)->checkState() == Qt::Checked;
   m_logic.TeSEdit_LinkURL = m_linkURL->text();
+  m_logic.WakeRetry_TeCheckBox = m_wakeRetry->isChecked();
+  m_logic.WakeRetryMinutes_TeSpinEdit = m_wakeRetryMinutes->value();
+  m_logic.WakeRetryMax_TeSpinEdit = m_wakeRetryMax->value();
   m_logic.ActivePage = Tsysset_Form::Page(m_pages->currentIndex());
 }
 

@@ -2,6 +2,9 @@
 
 #include <QDialog>
 
+class QCheckBox;
+class QSpinBox;
+
 class QComboBox;
 class QLineEdit;
 class QListWidget;
@@ -38,4 +41,9 @@ private:
   QComboBox *m_ringFlag;
   QListWidget *m_extsPanel;
   QLineEdit *m_linkURL;
+  // --- page "前台": the wake-up follow-up's retries ---
+  QCheckBox *m_wakeRetry;
+  QSpinBox *m_wakeRetryMinutes;
+  QSpinBox *m_wakeRetryMax;
+  // --- end of the wake-up follow-up block ---
 };
