@@ -5,6 +5,7 @@
 #include "guest/ExtsView.h"
 #include "guest/MoringCall.h"
 #include "guest/Nodisturb.h"
+#include "link/Public_Unit.h"
 #include "link/SysParam.h"
 #include "support/Clock.h"
 #include "support/Log.h"
