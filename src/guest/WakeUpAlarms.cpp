@@ -164,13 +164,7 @@ void TForm_WakeUpAlarms::AcknowledgeAllClick() {
 QString WakeUpDndConflict(const TPhoneTis &room, TDateTime when) {
   const TExt_Record &l = room.LastExt;
   const QString who = RoomText(l.RoomNo, room.TelNos);
-  const struct {
-    bool Checked;
-    TDateTime Start, End;
-  } windows[] = {{l.NoDisturb_Time1_Checked, l.NoDisturb_Time1_Start, l.NoDisturb_Time1_End},
-                 {l.NoDisturb_Time2_Checked, l.NoDisturb_Time2_Start, l.NoDisturb_Time2_End},
-                 {l.NoDisturb_Time3_Checked, l.NoDisturb_Time3_Start, l.NoDisturb_Time3_End}};
-  for (const auto &w : windows) {
+  for (const auto &w : TNodisturb::WindowsOf(l)) {
     // The same reading as the tick's: a window that never switches on is no bar.
     if (w.Checked && TNodisturb::InsideWindow(when, w.Start, w.End))
       return u"%1: 叫醒时间在免打扰时段 %2-%3 内"_s.arg(
