@@ -16,6 +16,7 @@
 #include "guest/MoringCall_Unit.h"
 #include "guest/PBXRecords.h"
 #include "guest/ShiftReport.h"
+#include "guest/WakeUpAlarms.h"
 #include "link/SysParam.h"
 #include "support/LanguagePack.h"
 #include "support/Shell.h"
@@ -27,13 +28,13 @@
 #include "ui/ExtsGridView.h"
 #include "ui/ExtsPage.h"
 #include "ui/FrontDeskKeys.h"
+#include "ui/FrontDeskWindows.h"
 #include "ui/GsmDialog.h"
 #include "ui/HintDialog.h"
 #include "ui/LanguageBinding.h"
 #include "ui/LegendBar.h"
 #include "ui/LoginDialog.h"
 #include "ui/MainWindow.h"
-#include "ui/FrontDeskWindows.h"
 #include "ui/MemoSetDialog.h"
 #include "ui/MoringCallDialog.h"
 #include "ui/MoringCallLogWindow.h"
@@ -45,12 +46,14 @@
 #include "ui/TasksWindow.h"
 #include "ui/UserInfoDialog.h"
 #include "ui/VoiceMailDialog.h"
+#include "ui/WakeUpAlarmsWindow.h"
 #include "ui/WidgetShell.h"
 
 #include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPushButton>
 #include <QShortcut>
 #include <QStatusBar>
 #include <QSystemTrayIcon>
@@ -85,6 +88,13 @@ ConsoleScreens::ConsoleScreens(ConsoleProcess &process, WidgetShell &shell, QObj
     RestoreWindow();
     if (SysParam().CallState == 2 && !SysParam().CallerNo.isEmpty())
       RunGuarded([&] { main.Pages().ShowIncomingDirect(SysParam().CallerNo); });
+  });
+  // Front desk: a click on a failed wake-up's balloon opens the alarms.
+  connect(&main.Form_WakeUpAlarms(), &TForm_WakeUpAlarms::alarmRaised, this,
+          [this] { m_alarmBalloon.start(); });
+  connect(&shell, &WidgetShell::balloonClicked, this, [this, &main] {
+    if (m_alarmBalloon.isValid() && m_alarmBalloon.elapsed() < 15000)
+      main.Form_WakeUpAlarms().Show();
   });
   connect(&main.Pages(), &TDirectoryPages::restoreMainWindowRequested, this,
           &ConsoleScreens::RestoreWindow);
@@ -158,6 +168,7 @@ void ConsoleScreens::BuildWindows() {
   connect(m_board, &TBoardView::wakeUpRequested, this,
           [&main](int id) { RunGuarded([&] { main.OpenMoringCall(id); }); });
   BuildGuestDialogs();
+  BuildWakeUpAlarms();
   if (auto *tools = w->findChild<QMenu *>(u"N1"_s)) {
     QAction *find = new QAction(u"分机管理..."_s, tools);
     find->setObjectName(u"ExtFind_MenuItem"_s);
@@ -270,6 +281,35 @@ void ConsoleScreens::BuildFrontDesk() {
     const qsizetype log = keys.indexOf(w->findChild<QAction *>(u"tefxButton_MCallRecord"_s));
     bar->insertAction(keys.value(log + 1), report);
   }
+}
+
+// Front desk: the failed wake-ups' window, its key on the toolbar and in the
+// tools menu, and their count on the status bar while any is open.
+void ConsoleScreens::BuildWakeUpAlarms() {
+  TForm_WakeUpAlarms &alarms = m_process.Main()->Form_WakeUpAlarms();
+  TMainWindow *w = m_window.get();
+  new WakeUpAlarmsWindow(alarms, w);
+  const auto open = [&alarms] { alarms.Show(); };
+  if (auto *bar = w->findChild<QToolBar *>(u"TeToolBar1"_s))
+    bar->addAction(u"叫醒告警"_s, this, open)->setObjectName(u"WakeUpAlarms_TeSpeedButton"_s);
+  if (auto *tools = w->findChild<QMenu *>(u"N1"_s)) {
+    auto *item = new QAction(u"叫醒失败告警..."_s, tools);
+    item->setObjectName(u"WakeUpAlarms_MenuItem"_s);
+    tools->insertAction(tools->actions().value(1), item);
+    connect(item, &QAction::triggered, this, open);
+  }
+  auto *count = new QPushButton(w);
+  count->setObjectName(u"WakeUpAlarms_StatusButton"_s);
+  count->setFlat(true);
+  count->setStyleSheet(u"QPushButton { color: white; background: #c0392b; padding: 1px 8px; }"_s);
+  connect(count, &QPushButton::clicked, this, open);
+  w->statusBar()->addPermanentWidget(count);
+  const auto refresh = [count, &alarms] {
+    count->setText(alarms.StatusText());
+    count->setVisible(alarms.Count() > 0);
+  };
+  connect(&alarms, &TForm_WakeUpAlarms::alarmsChanged, count, refresh);
+  refresh();
 }
 
 void ConsoleScreens::WireTray() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QObject>
 
 #include <memory>
@@ -45,6 +46,7 @@ private:
   void BuildGuestDialogs();
   // The shift report, the front desk's keys and their help window.
   void BuildFrontDesk();
+  void BuildWakeUpAlarms();
   void WireTray();
   void RestoreWindow();
   // After a language switch: what measures or paints its own texts.
@@ -62,4 +64,5 @@ private:
   TExtsPage *m_extsPage = nullptr;
   LoginDialog *m_login = nullptr;
   TasksWindow *m_tasks = nullptr;
+  QElapsedTimer m_alarmBalloon; // since the last failed wake-up's balloon
 };

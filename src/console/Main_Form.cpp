@@ -24,6 +24,7 @@
 #include "guest/Nodisturb.h"
 #include "guest/Nodisturb_Form.h"
 #include "guest/VoiceMail_Set.h"
+#include "guest/WakeUpAlarms.h"
 #include "guest/MoringCallLog_Unit.h"
 #include "guest/MoringCall_Unit.h"
 #include "guest/PBXRecords.h"

@@ -29,6 +29,7 @@ class TForm_VoiceMail_Set;
 class THint_Form;
 class TNodisturb;
 class TForm_MoringCallLog;
+class TForm_WakeUpAlarms;
 class TPBXRecords;
 class TRecordServerPage;
 class TMoringCall_Form;
@@ -253,6 +254,9 @@ public:
   void OpenCheckIn(int id);
   void CheckOut(bool checkedRooms);
   void OpenRoomHistory(const QString &ext);
+  // Front desk: the alarms of failed wake-ups and their window (shown on its
+  // shown()), with the retries of failed wake-ups.
+  TForm_WakeUpAlarms &Form_WakeUpAlarms() { return *m_wakeUpAlarms; }
   // PopupMenu_Ext: call and transfer to the grid's current row.
   void N21Click();
   void N22Click();
@@ -334,6 +338,7 @@ private:
   std::unique_ptr<TFrontDesk> m_frontDesk;
   std::unique_ptr<TForm_CheckIn> m_checkInForm;
   std::unique_ptr<TForm_RoomHistory> m_roomHistory;
+  std::unique_ptr<TForm_WakeUpAlarms> m_wakeUpAlarms;
   std::unique_ptr<TPBXRecords> m_pbxRecords;
   std::unique_ptr<TRecordServerPage> m_recordServer;
   std::unique_ptr<TForm_MoringCallLog> m_moringCallLog;

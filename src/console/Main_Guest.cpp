@@ -8,16 +8,17 @@
 #include "guest/BatchKinds.h"
 #include "guest/BatchWalk.h"
 #include "guest/CheckIn_Form.h"
-#include "guest/FrontDesk.h"
-#include "guest/RoomHistory_Unit.h"
 #include "guest/ExtFind_Form.h"
 #include "guest/ExtsView.h"
+#include "guest/FrontDesk.h"
 #include "guest/Hint_Form.h"
 #include "guest/MemoSet.h"
 #include "guest/MoringCall_Unit.h"
 #include "guest/Nodisturb.h"
 #include "guest/Nodisturb_Form.h"
+#include "guest/RoomHistory_Unit.h"
 #include "guest/VoiceMail_Set.h"
+#include "guest/WakeUpAlarms.h"
 #include "support/Log.h"
 #include "support/Shell.h"
 
@@ -39,6 +40,7 @@ void TMain_Form::WireGuest() {
       std::make_unique<TFrontDesk>(*m_devices, *m_netModule, *m_extsView, *m_batchWalk);
   m_checkInForm = std::make_unique<TForm_CheckIn>(*m_devices, *m_frontDesk);
   m_roomHistory = std::make_unique<TForm_RoomHistory>();
+  m_wakeUpAlarms = std::make_unique<TForm_WakeUpAlarms>(*m_devices, *m_netModule);
   TExtsView &exts = *m_extsView;
   TDeviceEvents &events = *m_deviceEvents;
 
@@ -49,6 +51,16 @@ void TMain_Form::WireGuest() {
   exts.RoomInSequence = [this](int id) { return m_frontDesk->RoomInSequence(id); };
   connect(this, &TMain_Form::serviceAllowedChanged, m_checkInForm.get(),
           &TForm_CheckIn::SetServiceAllowed);
+
+  // Front desk: every logged wake-up result goes past the alarms, which count
+  // its attempt; the list's start-up search means the store is open, so the
+  // alarms a restart kept are read then.
+  TForm_WakeUpAlarms &alarms = *m_wakeUpAlarms;
+  exts.MoringResultSeen = [&alarms](const TExt_Record &room, TDateTime when, int state) {
+    return alarms.ResultSeen(room, when, state);
+  };
+  exts.WakeRetryPending = [&alarms](int id) { return alarms.RetryPending(id); };
+  connect(&exts, &TExtsView::recordSearchRequested, &alarms, &TForm_WakeUpAlarms::Reload);
 
   exts.LocatePanel = [this](const QString &number) { return FindExtension(number); };
   exts.SrvClassItems = [&events] { return events.SrvClassNames.stringList(); };

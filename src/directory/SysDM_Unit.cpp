@@ -3,6 +3,7 @@
 #include "directory/JetFunctions.h"
 #include "directory/JetSql.h"
 #include "directory/StoreError.h"
+#include "directory/WakeUpAlarmStore.h"
 #include "support/Log.h"
 #include "support/Paths.h"
 #include "support/Settings.h"
@@ -393,6 +394,9 @@ void TSys_DM::DBinit() {
 
   EnsureRecordPageIndex();
   EnsureFrontDeskSchema();
+  // Front desk: failed wake-ups kept until acknowledged, and the attempt of each
+  // logged wake-up result.
+  WakeUpAlarmStore::EnsureSchema();
   // The call lists' latest hundred. Made once; nothing else changes.
   GuardedGroup(*this,
                {u"CREATE INDEX IF NOT EXISTS conRecords_DateTime ON conRecords ([DateTime])"_s});
@@ -453,10 +457,15 @@ void TSys_DM::AddPBXConRecord(const TPBXConRecord &r) {
 }
 
 void TSys_DM::AddMoringCallLog(const TMoringCallLog &r) {
-  m_pending.Append({u"MoringCallLog"_s,
+  TPendingRow row{u"MoringCallLog"_s,
                     {u"RoomNo"_s, u"Ext"_s, u"CreateTime"_s, u"MoringCallTime"_s, u"State"_s},
                     {r.RoomNo, r.Ext, DateValue(r.CreateTime), DateValue(r.MoringCallTime),
-                     r.State}});
+                     r.State}};
+  if (r.Attempt > 0) {
+    row.Columns << u"Attempt"_s;
+    row.Values << r.Attempt;
+  }
+  m_pending.Append(row);
 }
 
 void TSys_DM::AddRoomHistory(const TRoomHistory &r) {

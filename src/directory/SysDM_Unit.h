@@ -31,6 +31,9 @@ struct TMoringCallLog {
   TDateTime MoringCallTime;
   qint32 State = 0;
   qint32 Unused2 = 0;
+  // The front desk's count: 1 for the wake-up the operator set, 2.. for the
+  // console's retries after a failure; 0 leaves the column empty.
+  qint32 Attempt = 0;
 };
 
 // One row of the front desk's room history: a room checked in or out.

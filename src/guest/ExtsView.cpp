@@ -275,6 +275,8 @@ void TExtsView::LogMoringResults(const TExt_Record &vExt, const TExt_Record &las
     row.CreateTime = Now();
     row.MoringCallTime = moringCallTime;
     row.State = state;
+    if (MoringResultSeen)
+      RunGuarded([&] { row.Attempt = MoringResultSeen(vExt, moringCallTime, state); });
     RunGuarded([&] { Sys_DM().AddMoringCallLog(row); });
   };
   if (vExt.MoringCallAnswerFlag == 1 && !last.MoringCallTime.IsZero())
@@ -309,6 +311,19 @@ int TExtsView::Ext_NextSelected(int fromRow) {
     return id;
   }
   return -1;
+}
+
+QList<int> TExtsView::Ext_SelectedIDs() const {
+  const TExtGridModel &g = AdvStringGrid_Exts;
+  QList<int> ids;
+  for (int row = 0; row < g.ShownCount(); ++row) {
+    const int slot = g.SlotAt(row);
+    bool ok = false;
+    const int id = g.Cell(slot, TExtGridModel::ColID).toInt(&ok);
+    if (ok && g.Check(slot) == kTrue)
+      ids << id;
+  }
+  return ids;
 }
 
 bool TExtsView::Ext_LocateRow(const QString &telNos) {

@@ -52,6 +52,9 @@ public:
   // From the grid row fromRow (1 is the first, as the title is row 0) on, the
   // first shown row that is checked becomes current; its ID, or -1.
   int Ext_NextSelected(int fromRow);
+  // The IDs of the checked rows the filter shows, in grid order; the current
+  // row stays where it is.
+  QList<int> Ext_SelectedIDs() const;
   // Makes current the first shown row with exactly this number.
   bool Ext_LocateRow(const QString &telNos);
   // Shows the extension on the board; the board's own find does it.
@@ -98,6 +101,12 @@ public:
   void Timer_ExcuteActionTimer();
   // The do-not-disturb windows of one device, run first on each row of the tick.
   std::function<void(int id)> RunNoDisturbWindows;
+  // Front desk: a wake-up result as it is logged (state 1 answered, 2 not);
+  // the answer is the attempt it belongs to, kept in the log row (0: none).
+  std::function<int(const TExt_Record &room, TDateTime wakeTime, int state)> MoringResultSeen;
+  // Front desk: a room waiting for a retry of a failed wake-up; the tick leaves
+  // its daily wake-up alone meanwhile, so the retry isn't overwritten.
+  std::function<bool(int id)> WakeRetryPending;
   // The pause after each daily wake-up that lets the window breathe; a
   // benchmark turns it off to measure the tick's own work.
   bool TickYields = true;

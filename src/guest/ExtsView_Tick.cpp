@@ -43,6 +43,10 @@ void TExtsView::Timer_ExcuteActionTimer() {
     const TPhoneTis *p = m_table.Device(id);
     if (!p || !p->LastExt.MoringCall_isEveryDay)
       continue;
+    if (WakeRetryPending && WakeRetryPending(id)) {
+      WriteLog(u"定时叫醒 myportid:%1 held: a retry of a failed wake-up is pending"_s.arg(id));
+      continue;
+    }
     const TExt_Record &ext = p->LastExt;
     if (LogEnabled())
       WriteLog(u"定时叫醒 myportid:%1 ->%2"_s.arg(id).arg(

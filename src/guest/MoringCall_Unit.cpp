@@ -4,10 +4,12 @@
 #include "devices/NetModule.h"
 #include "guest/ExtsView.h"
 #include "guest/MoringCall.h"
+#include "guest/WakeUpAlarms.h"
 #include "link/Public_Unit.h"
 #include "link/SysParam.h"
 #include "support/Clock.h"
 #include "support/LanguagePack.h"
+#include "support/Settings.h"
 #include "support/LanguageTable.h"
 #include "support/Log.h"
 #include "support/Shell.h"
@@ -117,13 +119,16 @@ void TMoringCall_Form::Apply() {
     return;
   }
   const int mode = TeSComboBox_MoringCallMode_ItemIndex + 1;
-  if (MoCall_Flag_TeSComboBox_Text() == LangText(674)) {
+  const bool off = MoCall_Flag_TeSComboBox_Text() == LangText(674);
+  if (!off && !m_conflictsConfirmed && !ConfirmDndConflicts({id}, WakeTimeOfControls()))
+    return;
+  // The question let events run, and the tick shares the sender's fields.
+  m_net.DstID = id;
+  if (off) {
     m_net.Send(TNetModule::MoringCallCancel);
     p->MoringCallTime = TDateTime();
   } else {
-    const QDate date = MoCallDate_TeDateTimePicker.Date();
-    const QTime time(qBound(0, MoCall_Hour_TeSpinEdit, 23), qBound(0, MoCall_Minute_TeSpinEdit, 59));
-    const TDateTime when = TDateTime::FromQDateTime(QDateTime(date, time));
+    const TDateTime when = WakeTimeOfControls();
     m_net.CallTime = MoringCallTimeText(when);
     m_net.MoringMode = mode;
     m_net.Send(TNetModule::MoringCallSet);
@@ -154,13 +159,47 @@ void TMoringCall_Form::TeButton_MoringCallSet_MultiClick() {
     TheShell().Message(MessageKind::Warning, u"警告提示:请先选择!"_s);
     return;
   }
+  // One question for the whole batch, naming every room in the way.
+  if (MoCall_Flag_TeSComboBox_Text() != LangText(674) &&
+      !ConfirmDndConflicts(m_exts.Ext_SelectedIDs(), WakeTimeOfControls())) {
+    MultiApply = false;
+    return;
+  }
   if (SysParam().MyID == kNoSession)
     WriteLog(u"Batch wake-up not started: no session with the exchange (first ID %1)"_s.arg(id));
   m_net.DstID = id;
   // The first checked room goes out as a single apply would send it; the walk
   // over the rest steps on the exchange's acknowledgements and joins here with
   // the batch tasks.
+  m_conflictsConfirmed = true;
   TeButton1Click();
+  m_conflictsConfirmed = false;
+}
+
+TDateTime TMoringCall_Form::WakeTimeOfControls() const {
+  const QDate date = MoCallDate_TeDateTimePicker.Date();
+  const QTime time(qBound(0, MoCall_Hour_TeSpinEdit, 23), qBound(0, MoCall_Minute_TeSpinEdit, 59));
+  return TDateTime::FromQDateTime(QDateTime(date, time));
+}
+
+bool TMoringCall_Form::ConfirmDndConflicts(const QList<int> &ids, TDateTime when) {
+  if (!SysConfig().WakeFollowUp)
+    return true;
+  QStringList reasons;
+  for (const int id : ids) {
+    if (const TPhoneTis *p = m_table.Device(id)) {
+      const QString reason = WakeUpDndConflict(*p, when);
+      if (!reason.isEmpty())
+        reasons << reason;
+    }
+  }
+  if (reasons.isEmpty())
+    return true;
+  const bool go = TheShell().Question(u"叫醒 %1 与免打扰冲突:\n%2\n\n仍然设置叫醒吗?"_s.arg(
+      DateTimeToStr(when), reasons.join(u'\n')));
+  WriteLog(u"Wake-up %1 despite do-not-disturb: %2"_s.arg(go ? u"set"_s : u"not set"_s,
+                                                          reasons.join(u"; "_s)));
+  return go;
 }
 
 void TMoringCall_Form::TeButton2Click() {

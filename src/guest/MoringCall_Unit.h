@@ -53,6 +53,11 @@ public:
 
 private:
   void Apply();
+  TDateTime WakeTimeOfControls() const;
+  // A wake-up into a room's do-not-disturb goes out only if the operator says
+  // so; true when nothing is in the way or the answer is to go on.
+  bool ConfirmDndConflicts(const QList<int> &ids, TDateTime when);
+  bool m_conflictsConfirmed = false; // the batch key asked already
 
   TCallControlDev &m_table;
   TNetModule &m_net;

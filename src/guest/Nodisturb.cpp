@@ -18,6 +18,12 @@ bool TNodisturb::InsideWindow(TDateTime now, TDateTime start, TDateTime end) {
   return s < t && !t.SameAs(s) && t < e && !t.SameAs(e);
 }
 
+std::array<TNodisturb::Window, 3> TNodisturb::WindowsOf(const TExt_Record &l) {
+  return {{{l.NoDisturb_Time1_Checked, l.NoDisturb_Time1_Start, l.NoDisturb_Time1_End},
+           {l.NoDisturb_Time2_Checked, l.NoDisturb_Time2_Start, l.NoDisturb_Time2_End},
+           {l.NoDisturb_Time3_Checked, l.NoDisturb_Time3_Start, l.NoDisturb_Time3_End}}};
+}
+
 void TNodisturb::Send(int id, int mode, bool multiTask) {
   m_net.NodisturbTarget = id;
   m_net.MultiTask = multiTask;
@@ -73,13 +79,7 @@ void TNodisturb::RunNoDisturbWindows(int id) {
   const TPhoneTis *d = m_table.Device(id);
   if (!d)
     return;
-  const TExt_Record &l = d->LastExt;
-  const struct {
-    bool Checked;
-    TDateTime Start, End;
-  } windows[] = {{l.NoDisturb_Time1_Checked, l.NoDisturb_Time1_Start, l.NoDisturb_Time1_End},
-                 {l.NoDisturb_Time2_Checked, l.NoDisturb_Time2_Start, l.NoDisturb_Time2_End},
-                 {l.NoDisturb_Time3_Checked, l.NoDisturb_Time3_Start, l.NoDisturb_Time3_End}};
+  const auto windows = WindowsOf(d->LastExt);
   const TDateTime now = Now();
   // The mode changes only when the exchange reports it, so all three windows
   // test the same value within one tick.

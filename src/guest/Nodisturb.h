@@ -3,6 +3,8 @@
 #include "devices/ExtRecord.h"
 #include "support/TDateTime.h"
 
+#include <array>
+
 class TCallControlDev;
 class TExtsView;
 class TNetModule;
@@ -39,6 +41,13 @@ public:
   // times within 1 ms count as equal. A window whose start is later than its
   // end (one that crosses midnight) is never inside.
   static bool InsideWindow(TDateTime now, TDateTime start, TDateTime end);
+
+  // A room's three windows, in their order.
+  struct Window {
+    bool Checked;
+    TDateTime Start, End;
+  };
+  static std::array<Window, 3> WindowsOf(const TExt_Record &l);
 
 private:
   void Send(int id, int mode, bool multiTask);

@@ -130,6 +130,13 @@ void LoadConfig(TSysConfig &c) {
   // A class below -1 is as good as unset.
   c.VacantClass = qMax(-1, ini.ReadInteger(u"FrontDesk"_s, u"VacantClass"_s, -1));
   c.OccupiedClass = qMax(-1, ini.ReadInteger(u"FrontDesk"_s, u"OccupiedClass"_s, -1));
+  // --- Front desk: wake-up follow-up. A hand-edited value out of range is
+  // brought back into it rather than retrying every minute or for ever.
+  c.WakeFollowUp = ini.ReadInteger(u"FrontDesk"_s, u"WakeFollowUp"_s, 0) != 0 ? 1 : 0;
+  c.WakeRetry = ini.ReadInteger(u"FrontDesk"_s, u"WakeRetry"_s, 0) != 0 ? 1 : 0;
+  c.WakeRetryMinutes = qBound(1, ini.ReadInteger(u"FrontDesk"_s, u"WakeRetryMinutes"_s, 5), 240);
+  c.WakeRetryMax = qBound(1, ini.ReadInteger(u"FrontDesk"_s, u"WakeRetryMax"_s, 2), 10);
+  // --- end of the wake-up follow-up block ---
 }
 
 void SaveConfig(TSysConfig &c) {
@@ -192,6 +199,12 @@ void SaveConfig(TSysConfig &c) {
     ini.WriteInteger(u"FrontDesk"_s, u"VacantClass"_s, c.VacantClass);
     ini.WriteInteger(u"FrontDesk"_s, u"OccupiedClass"_s, c.OccupiedClass);
   }
+  // --- Front desk: wake-up follow-up ---
+  ini.WriteInteger(u"FrontDesk"_s, u"WakeFollowUp"_s, c.WakeFollowUp);
+  ini.WriteInteger(u"FrontDesk"_s, u"WakeRetry"_s, c.WakeRetry);
+  ini.WriteInteger(u"FrontDesk"_s, u"WakeRetryMinutes"_s, c.WakeRetryMinutes);
+  ini.WriteInteger(u"FrontDesk"_s, u"WakeRetryMax"_s, c.WakeRetryMax);
+  // --- end of the wake-up follow-up block ---
 
   QString error;
   if (!ini.Save(path, /*ownerOnly=*/true, &error)) {

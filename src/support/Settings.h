@@ -52,6 +52,18 @@ struct TSysConfig {
   // never. The next report lists the failed wake-ups from then on.
   TDateTime LastShiftReport;
   // --- end of [FrontDesk] ---
+  // --- Front desk: wake-up follow-up, section [FrontDesk] ---
+  // WakeFollowUp: a failed wake-up raises an alarm that stays until someone
+  // acknowledges it, and a wake-up set into a room's do-not-disturb asks
+  // first. Off by default: a house that doesn't turn it on sees the console
+  // it always had.
+  int WakeFollowUp = 0;
+  // With the follow-up on, a failed wake-up is set again this many minutes
+  // on, at most this many times, while WakeRetry isn't 0. Off by default.
+  int WakeRetry = 0;
+  int WakeRetryMinutes = 5; // 1..240
+  int WakeRetryMax = 2;     // 1..10
+  // --- end of the wake-up follow-up block ---
 };
 
 // The process-wide record.

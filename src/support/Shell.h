@@ -38,6 +38,9 @@ public:
   // The ring of an incoming call: one sound, started and stopped.
   virtual void RingStart() = 0;
   virtual void RingStop() = 0;
+  // The ring sound played through once, for an alarm; a call's ring goes on
+  // untouched. A shell without sound does nothing.
+  virtual void RingOnce() {}
 };
 
 // The application-wide handler: an error that ended an operation is shown to the

@@ -61,6 +61,11 @@ void Tsysset_Form::FormCreate() {
 
   TeSEdit_LinkURL = c.LinkURL;
   FillFrontDeskPage();
+  // --- front desk: wake-up follow-up ---
+  WakeFollowUp_TeCheckBox = c.WakeFollowUp != 0;
+  WakeRetry_TeCheckBox = c.WakeRetry != 0;
+  WakeRetryMinutes_TeSpinEdit = c.WakeRetryMinutes;
+  WakeRetryMax_TeSpinEdit = c.WakeRetryMax;
   ActivePage = TabSheet1;
 }
 
@@ -186,4 +191,13 @@ void Tsysset_Form::TeButton_FrontDesk_ApplyClick() {
   c.VacantClass = classAt(FrontDesk_VacantClass_ItemIndex);
   c.OccupiedClass = classAt(FrontDesk_OccupiedClass_ItemIndex);
   emit frontDeskChanged();
+}
+
+// --- front desk: wake-up follow-up ---
+void Tsysset_Form::WakeRetry_ApplyClick() {
+  TSysConfig &c = SysConfig();
+  c.WakeFollowUp = WakeFollowUp_TeCheckBox ? 1 : 0;
+  c.WakeRetry = WakeRetry_TeCheckBox ? 1 : 0;
+  c.WakeRetryMinutes = WakeRetryMinutes_TeSpinEdit = qBound(1, WakeRetryMinutes_TeSpinEdit, 240);
+  c.WakeRetryMax = WakeRetryMax_TeSpinEdit = qBound(1, WakeRetryMax_TeSpinEdit, 10);
 }

@@ -74,6 +74,13 @@ public:
   void FillFrontDeskPage();
   void TeButton_FrontDesk_ApplyClick(); // apply, stays open
   // --- end of page 6 ---
+  // --- Page "前台" (front desk): the wake-up follow-up's retries ---
+  bool WakeFollowUp_TeCheckBox = false;
+  bool WakeRetry_TeCheckBox = false;
+  int WakeRetryMinutes_TeSpinEdit = 5;
+  int WakeRetryMax_TeSpinEdit = 2;
+  void WakeRetry_ApplyClick(); // apply, stays open
+  // --- end of the wake-up follow-up block ---
 
   Page ActivePage = TabSheet1;
 

@@ -48,3 +48,15 @@ void RingPlayer::Stop() {
   if (m_effect)
     m_effect->stop();
 }
+
+void RingPlayer::PlayOnce() {
+  if (QMediaDevices::audioOutputs().isEmpty())
+    return;
+  if (!m_once)
+    m_once = new QSoundEffect(this);
+  const QUrl source = Source();
+  if (m_once->source() != source)
+    m_once->setSource(source);
+  m_once->setLoopCount(1);
+  m_once->play();
+}

@@ -21,10 +21,13 @@ public:
 
   void Start();
   void Stop();
+  // The sound once through, for an alarm, beside (not instead of) a call's ring.
+  void PlayOnce();
   bool Ringing() const { return m_ringing; }
 
 private:
   QSoundEffect *m_effect = nullptr; // made on the first ring that has a device
+  QSoundEffect *m_once = nullptr;   // the alarms' single ring
   bool m_ringing = false;
   bool m_toldSilent = false;
 };

@@ -5,6 +5,7 @@
 #include "ui/LanguageBinding.h"
 #include "ui/Named.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
@@ -12,6 +13,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -124,6 +126,26 @@ SettingsDialog::SettingsDialog(Tsysset_Form &logic, QWidget *parent)
                     m_vacantClass);
   frontDesk->addRow(NamedLabel(u"TeLabel_OccupiedClass"_s, u"入住服务级别:"_s, this),
                     m_occupiedClass);
+  // The wake-up follow-up: the alarm and the do-not-disturb question, and the retries.
+  m_wakeFollowUp = new QCheckBox(u"叫醒失败告警；叫醒与免打扰冲突时先询问"_s, this);
+  m_wakeFollowUp->setObjectName(u"WakeFollowUp_TeCheckBox"_s);
+  m_wakeRetry = new QCheckBox(u"叫醒无人接听时自动重试"_s, this);
+  m_wakeRetry->setObjectName(u"WakeRetry_TeCheckBox"_s);
+  m_wakeRetryMinutes = new QSpinBox(this);
+  m_wakeRetryMinutes->setObjectName(u"WakeRetryMinutes_TeSpinEdit"_s);
+  m_wakeRetryMinutes->setRange(1, 240);
+  m_wakeRetryMinutes->setSuffix(u" 分钟"_s);
+  m_wakeRetryMax = new QSpinBox(this);
+  m_wakeRetryMax->setObjectName(u"WakeRetryMax_TeSpinEdit"_s);
+  m_wakeRetryMax->setRange(1, 10);
+  frontDesk->addRow(m_wakeFollowUp);
+  frontDesk->addRow(m_wakeRetry);
+  frontDesk->addRow(NamedLabel(u"TeLabel_WakeRetryMinutes"_s, u"重试间隔:"_s, this),
+                    m_wakeRetryMinutes);
+  frontDesk->addRow(NamedLabel(u"TeLabel_WakeRetryMax"_s, u"最多重试次数:"_s, this),
+                    m_wakeRetryMax);
+  // Retries only follow an alarm.
+  connect(m_wakeFollowUp, &QCheckBox::toggled, m_wakeRetry, &QWidget::setEnabled);
   auto *applyFrontDesk = NamedButton(u"TeButton_FrontDesk_Apply"_s, u"应 用"_s, this);
 
   m_pages->addTab(Page(u"TabSheet1"_s, exchange, {apply1, cancel1}), u"交换机参数"_s);
@@ -163,6 +185,7 @@ SettingsDialog::SettingsDialog(Tsysset_Form &logic, QWidget *parent)
   onClick(apply4, &Tsysset_Form::TeEffectButton7Click);
   onClick(apply5, &Tsysset_Form::TeEffectButton8Click);
   onClick(applyFrontDesk, &Tsysset_Form::TeButton_FrontDesk_ApplyClick);
+  onClick(applyFrontDesk, &Tsysset_Form::WakeRetry_ApplyClick);
 
   // Saving the settings reads the list's checks and the link text as they
   // stand, applied or not, so both go into the logic as soon as they change.
@@ -213,6 +236,11 @@ void SettingsDialog::Refresh() {
   }
   m_vacantClass->setCurrentIndex(m_logic.FrontDesk_VacantClass_ItemIndex + 1);
   m_occupiedClass->setCurrentIndex(m_logic.FrontDesk_OccupiedClass_ItemIndex + 1);
+  m_wakeFollowUp->setChecked(m_logic.WakeFollowUp_TeCheckBox);
+  m_wakeRetry->setEnabled(m_logic.WakeFollowUp_TeCheckBox);
+  m_wakeRetry->setChecked(m_logic.WakeRetry_TeCheckBox);
+  m_wakeRetryMinutes->setValue(m_logic.WakeRetryMinutes_TeSpinEdit);
+  m_wakeRetryMax->setValue(m_logic.WakeRetryMax_TeSpinEdit);
   m_pages->setCurrentIndex(int(m_logic.ActivePage));
   m_refreshing = false;
 }
@@ -229,6 +257,10 @@ void SettingsDialog::StoreEdits() {
   m_logic.TeSEdit_LinkURL = m_linkURL->text();
   m_logic.FrontDesk_VacantClass_ItemIndex = m_vacantClass->currentIndex() - 1;
   m_logic.FrontDesk_OccupiedClass_ItemIndex = m_occupiedClass->currentIndex() - 1;
+  m_logic.WakeFollowUp_TeCheckBox = m_wakeFollowUp->isChecked();
+  m_logic.WakeRetry_TeCheckBox = m_wakeRetry->isChecked();
+  m_logic.WakeRetryMinutes_TeSpinEdit = m_wakeRetryMinutes->value();
+  m_logic.WakeRetryMax_TeSpinEdit = m_wakeRetryMax->value();
   m_logic.ActivePage = Tsysset_Form::Page(m_pages->currentIndex());
 }
 

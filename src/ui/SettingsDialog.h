@@ -2,6 +2,9 @@
 
 #include <QDialog>
 
+class QCheckBox;
+class QSpinBox;
+
 class QComboBox;
 class QLineEdit;
 class QListWidget;
@@ -40,4 +43,10 @@ private:
   QLineEdit *m_linkURL;
   QComboBox *m_vacantClass;
   QComboBox *m_occupiedClass;
+  // --- page "前台": the wake-up follow-up's retries ---
+  QCheckBox *m_wakeFollowUp;
+  QCheckBox *m_wakeRetry;
+  QSpinBox *m_wakeRetryMinutes;
+  QSpinBox *m_wakeRetryMax;
+  // --- end of the wake-up follow-up block ---
 };

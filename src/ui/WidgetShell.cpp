@@ -105,6 +105,11 @@ void WidgetShell::RingStart() {
     m_ring.Start();
 }
 
+void WidgetShell::RingOnce() {
+  if (!m_headless)
+    m_ring.PlayOnce();
+}
+
 void WidgetShell::RingStop() {
   m_ring.Stop();
 }

@@ -39,6 +39,7 @@ public:
   void HintAt(const QString &title, const QString &text, int ms, int x, int y) override;
   void RingStart() override;
   void RingStop() override;
+  void RingOnce() override;
 
 signals:
   void balloonClicked();

@@ -53,6 +53,7 @@ public:
     ++RingStarts;
   }
   void RingStop() override { Ringing = false; }
+  void RingOnce() override { ++RingOnces; }
 
   struct HintShown {
     QString Title;
@@ -65,6 +66,7 @@ public:
   QList<Shown> Messages;
   bool Ringing = false;
   int RingStarts = 0;
+  int RingOnces = 0;
   QStringList Opened; // "target parameters"
   QList<BalloonShown> Balloons;
   QStringList Questions;
