@@ -63,7 +63,10 @@ bool DemoExchange::Start() {
   QFile ini(m_home.path() + u"/ini/sys.ini"_s);
   if (!ini.open(QIODevice::WriteOnly))
     return false;
-  ini.write(u"[host]\nIP=127.0.0.1\nPort=%1\n[user]\nuserName=8001\npassWord=1234\nrecPwdFlag=1\n"_s
+  // The front desk's additions on: check-in gives a room "客房", check-out
+  // "内线", and a wake-up nobody answers raises its alarm.
+  ini.write(u"[host]\nIP=127.0.0.1\nPort=%1\n[user]\nuserName=8001\npassWord=1234\nrecPwdFlag=1\n"
+            u"[FrontDesk]\nVacantClass=1\nOccupiedClass=0\nWakeFollowUp=1\n"_s
                 .arg(m_sim->Port())
                 .toUtf8());
   ini.close();

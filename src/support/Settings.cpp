@@ -199,11 +199,14 @@ void SaveConfig(TSysConfig &c) {
     ini.WriteInteger(u"FrontDesk"_s, u"VacantClass"_s, c.VacantClass);
     ini.WriteInteger(u"FrontDesk"_s, u"OccupiedClass"_s, c.OccupiedClass);
   }
-  // --- Front desk: wake-up follow-up ---
-  ini.WriteInteger(u"FrontDesk"_s, u"WakeFollowUp"_s, c.WakeFollowUp);
-  ini.WriteInteger(u"FrontDesk"_s, u"WakeRetry"_s, c.WakeRetry);
-  ini.WriteInteger(u"FrontDesk"_s, u"WakeRetryMinutes"_s, c.WakeRetryMinutes);
-  ini.WriteInteger(u"FrontDesk"_s, u"WakeRetryMax"_s, c.WakeRetryMax);
+  // --- Front desk: wake-up follow-up, written like the classes once in use ---
+  if (c.WakeFollowUp || c.WakeRetry ||
+      !ini.ReadString(u"FrontDesk"_s, u"WakeFollowUp"_s, QString()).isEmpty()) {
+    ini.WriteInteger(u"FrontDesk"_s, u"WakeFollowUp"_s, c.WakeFollowUp);
+    ini.WriteInteger(u"FrontDesk"_s, u"WakeRetry"_s, c.WakeRetry);
+    ini.WriteInteger(u"FrontDesk"_s, u"WakeRetryMinutes"_s, c.WakeRetryMinutes);
+    ini.WriteInteger(u"FrontDesk"_s, u"WakeRetryMax"_s, c.WakeRetryMax);
+  }
   // --- end of the wake-up follow-up block ---
 
   QString error;
