@@ -301,7 +301,7 @@ void ConsoleScreens::BuildWakeUpAlarms() {
   auto *count = new QPushButton(w);
   count->setObjectName(u"WakeUpAlarms_StatusButton"_s);
   count->setFlat(true);
-  count->setStyleSheet(u"QPushButton { color: white; background: #c0392b; padding: 1px 8px; }"_s);
+  count->setStyleSheet(u"QPushButton { color: white; background: #c0392b; border: none; padding: 1px 8px; }"_s);
   connect(count, &QPushButton::clicked, this, open);
   w->statusBar()->addPermanentWidget(count);
   const auto refresh = [count, &alarms] {
