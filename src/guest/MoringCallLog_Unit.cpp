@@ -89,5 +89,8 @@ QList<TRecordColumn> TForm_MoringCallLog::Columns() {
           {u"Ext"_s, u"分机号"_s, {}, {}},
           time,
           {u"State"_s, u"叫醒结果"_s, &TForm_MoringCallLog::StateText,
-           &TForm_MoringCallLog::StateIcon}};
+           &TForm_MoringCallLog::StateIcon},
+          // Which try of the room's wake-up this was, once the follow-up counts
+          // them; empty on rows from before.
+          {u"Attempt"_s, u"第几次"_s, {}, {}}};
 }
