@@ -136,6 +136,10 @@ private slots:
          u"10.0.0.7"_s,
          false};
     c.TypeVisible[5] = false;
+    c.ApiEnabled = true;
+    c.ApiPort = 5011;
+    c.ApiListen = u"192.168.1.20"_s;
+    c.ApiToken = u"0123456789abcdefXYZ"_s;
     SaveConfig(c);
     const QByteArray first = home.Read(u"ini/sys.ini"_s);
     TSysConfig back;
@@ -143,12 +147,16 @@ private slots:
     QCOMPARE(back.Password, c.Password);
     QCOMPARE(back.CompanyCaption, c.CompanyCaption);
     QCOMPARE(back.TypeVisible, c.TypeVisible);
+    QCOMPARE(back.ApiEnabled, true);
+    QCOMPARE(back.ApiPort, 5011);
+    QCOMPARE(back.ApiListen, c.ApiListen);
+    QCOMPARE(back.ApiToken, c.ApiToken);
     SaveConfig(back);
     QCOMPARE(home.Read(u"ini/sys.ini"_s), first);
     for (const char *value :
          {"10.0.0.5", "6003", "8008", "p=w d", "海景酒店", "http://hotel.example", "13800138000",
           "/data/notes.db", "ColWidths5=6", "Flag=1", "IncomStyle=3", "TypeVisible5=0",
-          "crm --caller", "10.0.0.7"})
+          "crm --caller", "10.0.0.7", "[Api]", "Port=5011", "0123456789abcdefXYZ"})
       QVERIFY2(first.contains(value), value);
   }
 
