@@ -2,6 +2,7 @@
 
 #include "api/ApiEvents.h"
 #include "api/ApiRooms.h"
+#include "HttpAnswer.h"
 #include "console/Main_Form.h"
 #include "devices/CallControlDev.h"
 #include "devices/DeviceEvents.h"
@@ -19,7 +20,6 @@
 
 #include <QAbstractHttpServer>
 #include <QHttpServerRequest>
-#include <QHttpServerResponder>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QTcpSocket>
@@ -30,9 +30,6 @@ using namespace Qt::StringLiterals;
 class TApiServer::Http : public QAbstractHttpServer {
 public:
   explicit Http(TApiServer &owner) : m_owner(owner) {}
-  static QHttpServerResponder Responder(const QHttpServerRequest &request, QTcpSocket *socket) {
-    return makeResponder(request, socket);
-  }
 
 protected:
   bool handleRequest(const QHttpServerRequest &request, QTcpSocket *socket) override {
@@ -94,9 +91,10 @@ QString TApiServer::Refusal(const TSysConfig &c) {
 quint16 TApiServer::Start(const QHostAddress &address, quint16 port, const QByteArray &token,
                           QString *error) {
   m_expected = "Bearer " + token;
-  m_port = m_http->listen(address, port);
-  if (m_port == 0 && error)
-    *error = u"cannot listen on %1:%2"_s.arg(address.toString()).arg(port);
+  // A request past the cap (with its headers) is cut as it arrives, before
+  // the server has read it whole; one under the cap with a large body still
+  // gets its 413.
+  m_port = HttpAnswer::Listen(*m_http, address, port, kMaxBodyBytes + 16 * 1024, error);
   return m_port;
 }
 
@@ -125,16 +123,15 @@ void TApiServer::Serve(const QHttpServerRequest &request, QTcpSocket *socket) {
       reply = {500, Error(u"internal error; see the console's log"_s)};
     }
   }
-  QHttpServerResponder responder = Http::Responder(request, socket);
-  const auto status = QHttpServerResponder::StatusCode(reply.Status);
-  if (reply.Status == 204) {
-    responder.write(status);
-    return;
+  HttpAnswer::Answer answer;
+  answer.Status = reply.Status;
+  if (reply.Status != 204) {
+    answer.ContentType = "application/json";
+    answer.Body = QJsonDocument(reply.Body).toJson(QJsonDocument::Compact);
   }
   if (reply.Status == 401)
-    responder.write(QJsonDocument(reply.Body), {{"WWW-Authenticate", "Bearer"}}, status);
-  else
-    responder.write(QJsonDocument(reply.Body), status);
+    answer.Headers.append(qMakePair(QByteArray("WWW-Authenticate"), QByteArray("Bearer")));
+  HttpAnswer::Write(socket, answer, HttpAnswer::WantsClose(request));
 }
 
 TApiServer::Reply TApiServer::Route(const QHttpServerRequest &request) {
