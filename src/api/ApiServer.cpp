@@ -60,9 +60,14 @@ TApiServer::TApiServer(TMain_Form &main, QObject *parent)
   connect(m_http.get(), &QAbstractHttpServer::newWebSocketConnection, this,
           &TApiServer::AcceptWebSockets);
   // A batch is under way from its first send until the walk ends or times out.
-  connect(&main.MoringCall_Form(), &TMoringCall_Form::batchStarted, this,
-          [this] { m_walkRunning = SysParam().MyID != kNoSession; });
-  connect(&main.BatchWalk(), &TBatchWalk::stepSent, this, [this] { m_walkRunning = true; });
+  connect(&main.MoringCall_Form(), &TMoringCall_Form::batchStarted, this, [this] {
+    m_walkRunning = SysParam().MyID != kNoSession;
+    m_walkStep.start();
+  });
+  connect(&main.BatchWalk(), &TBatchWalk::stepSent, this, [this] {
+    m_walkRunning = true;
+    m_walkStep.start();
+  });
   connect(&main.BatchWalk(), &TBatchWalk::finished, this, [this] { m_walkRunning = false; });
   connect(&main.BatchWalk(), &TBatchWalk::timedOut, this, [this] { m_walkRunning = false; });
 
@@ -205,7 +210,12 @@ TApiServer::Reply TApiServer::Room(const QString &ext) {
 }
 
 bool TApiServer::BatchRunning() const {
-  return m_walkRunning || m_main.BatchWalk().Timer_MultiProcess.isActive();
+  // The first room of a batch has no time-out of its own: a walk whose
+  // answer never came counts as over after one step's time-out, so the API
+  // isn't shut out for good.
+  const QTimer &stepTimeout = m_main.BatchWalk().Timer_MultiProcess;
+  return stepTimeout.isActive() ||
+         (m_walkRunning && m_walkStep.isValid() && m_walkStep.elapsed() < stepTimeout.interval());
 }
 
 TApiServer::Reply TApiServer::WakeUp(const QString &ext, const QHttpServerRequest &request,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QElapsedTimer>
 #include <QHash>
 #include <QHostAddress>
 #include <QJsonObject>
@@ -62,6 +63,7 @@ private:
   QByteArray m_expected; // "Bearer <token>"
   quint16 m_port = 0;
   bool m_walkRunning = false;
+  QElapsedTimer m_walkStep; // since the walk's last send
   QHash<int, int> m_lastStatus; // device -> status last published
 };
 
