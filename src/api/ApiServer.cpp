@@ -95,6 +95,11 @@ QString TApiServer::Refusal(const TSysConfig &c) {
 
 quint16 TApiServer::Start(const QHostAddress &address, quint16 port, const QByteArray &token,
                           QString *error) {
+  if (token.size() < kMinTokenLength) {
+    if (error)
+      *error = u"[Api] Token must have at least %1 characters"_s.arg(kMinTokenLength);
+    return 0;
+  }
   m_expected = "Bearer " + token;
   // A request past the cap (with its headers) is cut as it arrives, before
   // the server has read it whole; one under the cap with a large body still
@@ -124,7 +129,7 @@ void TApiServer::Serve(const QHttpServerRequest &request, QTcpSocket *socket) {
     try {
       reply = Route(request);
     } catch (const std::exception &e) {
-      WriteLog(u"API: %1 %2 failed: %3"_s.arg(request.url().path(), QString::fromUtf8(e.what())));
+      WriteLog(u"API: %1 failed: %2"_s.arg(request.url().path(), QString::fromUtf8(e.what())));
       reply = {500, Error(u"internal error; see the console's log"_s)};
     }
   }
