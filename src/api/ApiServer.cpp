@@ -86,8 +86,8 @@ TApiServer::TApiServer(TMain_Form &main, QObject *parent)
 TApiServer::~TApiServer() = default;
 
 QString TApiServer::Refusal(const TSysConfig &c) {
-  if (c.ApiToken.size() < kMinTokenLength)
-    return u"[Api] Token must have at least %1 characters"_s.arg(kMinTokenLength);
+  if (const QString token = ApiTokenRefusal(c.ApiToken); !token.isEmpty())
+    return token;
   if (QHostAddress(c.ApiListen).isNull())
     return u"[Api] Listen is not an address: %1"_s.arg(c.ApiListen);
   return {};
@@ -95,9 +95,9 @@ QString TApiServer::Refusal(const TSysConfig &c) {
 
 quint16 TApiServer::Start(const QHostAddress &address, quint16 port, const QByteArray &token,
                           QString *error) {
-  if (token.size() < kMinTokenLength) {
+  if (const QString refusal = ApiTokenRefusal(QString::fromUtf8(token)); !refusal.isEmpty()) {
     if (error)
-      *error = u"[Api] Token must have at least %1 characters"_s.arg(kMinTokenLength);
+      *error = refusal;
     return 0;
   }
   m_expected = "Bearer " + token;

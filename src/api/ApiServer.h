@@ -24,7 +24,6 @@ class TApiServer : public QObject {
 
 public:
   static constexpr qint64 kMaxBodyBytes = 64 * 1024;
-  static constexpr int kMinTokenLength = 16;
 
   explicit TApiServer(TMain_Form &main, QObject *parent = nullptr);
   ~TApiServer() override;

@@ -149,6 +149,12 @@ void LoadConfig(TSysConfig &c) {
   // --- end of [Api] ---
 }
 
+QString ApiTokenRefusal(const QString &token) {
+  if (token.size() < kApiMinTokenLength)
+    return u"[Api] Token must have at least %1 characters"_s.arg(kApiMinTokenLength);
+  return {};
+}
+
 void SaveConfig(TSysConfig &c) {
   // The file is read anew so that lines edited by hand while the console ran,
   // and keys this version doesn't know, survive the save.

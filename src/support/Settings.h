@@ -77,6 +77,10 @@ struct TSysConfig {
 // The process-wide record.
 TSysConfig &SysConfig();
 
+// Why [Api] can't run as set (a token under 16 characters); empty when it can.
+inline constexpr int kApiMinTokenLength = 16;
+QString ApiTokenRefusal(const QString &token);
+
 // The INI object of the last LoadConfig or SaveConfig. Values read from it later
 // in the run (the language at the main window's first show) see the file as it
 // was then, not as it may have been edited since.

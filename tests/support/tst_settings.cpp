@@ -418,6 +418,36 @@ private slots:
     QCOMPARE(shell.FileFilters.last(), u"数据库文件[*.db]|*.db"_s);
   }
 
+  // The API page: turned on only with a token long enough; turned off, or
+  // refused, nothing else is asked of the token.
+  void apiPageApplies_data() {
+    QTest::addColumn<bool>("enabled");
+    QTest::addColumn<QString>("token");
+    QTest::addColumn<bool>("applied");
+    QTest::newRow("on, long token") << true << u" 0123456789abcdef "_s << true;
+    QTest::newRow("on, short token") << true << u"0123456789abcde"_s << false;
+    QTest::newRow("off, no token") << false << QString() << true;
+  }
+  void apiPageApplies() {
+    QFETCH(bool, enabled);
+    QFETCH(QString, token);
+    QFETCH(bool, applied);
+    TestHome home;
+    RecordingShell shell;
+    Tsysset_Form form;
+    form.FormCreate();
+    QSignalSpy changed(&form, &Tsysset_Form::apiChanged);
+    form.Api_Enabled_TeCheckBox = enabled;
+    form.Api_Token_TeEdit = token;
+    form.Api_Port_TeSpinEdit = 5011;
+    form.Api_ApplyClick();
+    QCOMPARE(changed.size(), applied ? 1 : 0);
+    QCOMPARE(shell.Messages.size(), applied ? 0 : 1);
+    QCOMPARE(SysConfig().ApiEnabled, applied && enabled);
+    QCOMPARE(SysConfig().ApiPort, applied ? 5011 : 5010);
+    QCOMPARE(SysConfig().ApiToken, applied ? token.trimmed() : QString());
+  }
+
   // Types outside the list can't be changed in the window and keep the file's
   // value; a check changed but not applied is still saved, since saving takes
   // what the list shows.
