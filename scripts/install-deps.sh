@@ -9,6 +9,7 @@ PACKAGES=(
   qt6-multimedia-dev   # the ring and the recordings player
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good  # what the player decodes and plays with
   qt6-httpserver-dev   # the reference recording server's HTTP side
+  qt6-websockets-dev   # the automation API's event stream
   sqlite3              # plays "another program holding the database" in the tests
   libbenchmark-dev
   fonts-wqy-microhei   # Chinese text on screen and in screenshots

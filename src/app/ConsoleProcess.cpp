@@ -1,6 +1,7 @@
 #include "app/ConsoleProcess.h"
 
 #include "console/Login_Form.h"
+#include "api/ApiServer.h"
 #include "console/Main_Form.h"
 #include "console/UserInfo_Form.h"
 #include "devices/DeviceEvents.h"
@@ -119,6 +120,12 @@ bool ConsoleProcess::Start(const QString &home, bool autoLogin, quint16 udpPort)
   WriteLog(u"Application Start: "_s + AppPath());
   if (!failed.isEmpty())
     WriteLog(u"Could not seed: "_s + failed.join(u", "_s));
+  // Off unless [Api] enables it; a refusal is logged and shown, the console runs on.
+  m_api = StartConfiguredApi(*m_main);
+  connect(m_sysset.get(), &Tsysset_Form::apiChanged, this, [this] {
+    m_api.reset();
+    m_api = StartConfiguredApi(*m_main);
+  });
 
   return true;
 }

@@ -6,6 +6,7 @@
 
 #include <memory>
 
+class TApiServer;
 class TForm_PopMsg;
 class TGSM_Form;
 class TLogin_Form;
@@ -53,6 +54,8 @@ public:
   TForm_PopMsg *PopMsg() const { return m_popMsg.get(); }
   TTasks_Form *Tasks() const { return m_tasks.get(); }
   TUDPMainForm *Udp() const { return m_udp.get(); }
+  // The automation API; null unless [Api] enables it and it started.
+  TApiServer *Api() const { return m_api.get(); }
 
 private:
   std::unique_ptr<TMain_Form> m_main;
@@ -63,6 +66,8 @@ private:
   std::unique_ptr<TTasks_Form> m_tasks;
   std::unique_ptr<TGSM_Form> m_gsm;
   std::unique_ptr<TUDPMainForm> m_udp;
+  // Last, so it goes first: no request reaches windows being torn down.
+  std::unique_ptr<TApiServer> m_api;
   bool m_closed = false;
   // The call-record page searches again after stored records, at most once in
   // this interval: a burst of records then costs one search, not one each.

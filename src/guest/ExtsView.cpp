@@ -278,6 +278,7 @@ void TExtsView::LogMoringResults(const TExt_Record &vExt, const TExt_Record &las
     if (MoringResultSeen)
       RunGuarded([&] { row.Attempt = MoringResultSeen(vExt, moringCallTime, state); });
     RunGuarded([&] { Sys_DM().AddMoringCallLog(row); });
+    emit moringResultLogged(vExt.ID, vExt.TelNos, vExt.RoomNo, moringCallTime, state);
   };
   if (vExt.MoringCallAnswerFlag == 1 && !last.MoringCallTime.IsZero())
     append(vExt.MoringCallTime, 1);

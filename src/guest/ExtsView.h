@@ -125,6 +125,10 @@ signals:
   // extension's number (N25).
   void recordSearchRequested();
   void moringCallLogRequested(const QString &ext);
+  // A wake-up result as it is logged (state 1 answered, 2 not), for whoever
+  // reports results beyond the grid and the log.
+  void moringResultLogged(int id, const QString &ext, const QString &roomNo, TDateTime wakeTime,
+                          int state);
 
 private:
   QStringList CurrentSrvClassItems() const;

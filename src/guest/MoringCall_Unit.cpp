@@ -113,41 +113,57 @@ void TMoringCall_Form::TeButton1Click() {
 
 void TMoringCall_Form::Apply() {
   const int id = m_net.DstID;
-  TPhoneTis *p = m_table.Device(id);
-  if (!p) {
+  if (!m_table.Device(id)) {
     WriteLog(u"Wake-up not applied: no device %1"_s.arg(id));
     return;
   }
-  const int mode = TeSComboBox_MoringCallMode_ItemIndex + 1;
   const bool off = MoCall_Flag_TeSComboBox_Text() == LangText(674);
   if (!off && !m_conflictsConfirmed && !ConfirmDndConflicts({id}, WakeTimeOfControls()))
     return;
   // The question let events run, and the tick shares the sender's fields.
+  TWakeUpChange change;
+  change.ID = id;
+  change.On = !off;
+  change.When = WakeTimeOfControls();
+  change.Mode = TeSComboBox_MoringCallMode_ItemIndex + 1;
+  change.Daily = TeCheckBox_MoringCall_isEveryDay;
+  change.DailyTime = TeDateTimePicker_MoringCall_EveryDayTime;
+  if (ApplyWakeUp(change))
+    Close();
+}
+
+bool TMoringCall_Form::ApplyWakeUp(const TWakeUpChange &change) {
+  const int id = change.ID;
+  TPhoneTis *p = m_table.Device(id);
+  if (!p) {
+    WriteLog(u"Wake-up not applied: no device %1"_s.arg(id));
+    return false;
+  }
+  const int mode = change.Mode;
   m_net.DstID = id;
-  if (off) {
+  if (!change.On) {
     m_net.Send(TNetModule::MoringCallCancel);
     p->MoringCallTime = TDateTime();
   } else {
-    const TDateTime when = WakeTimeOfControls();
-    m_net.CallTime = MoringCallTimeText(when);
+    m_net.CallTime = MoringCallTimeText(change.When);
     m_net.MoringMode = mode;
     m_net.Send(TNetModule::MoringCallSet);
-    p->MoringCallTime = when;
+    p->MoringCallTime = change.When;
   }
   // The daily wake-up is kept also when the wake-up was switched off: only the
   // check box ends it.
-  p->LastExt.MoringCall_isEveryDay = TeCheckBox_MoringCall_isEveryDay;
-  p->LastExt.MoringCall_EveryDay_Time = TeDateTimePicker_MoringCall_EveryDayTime;
+  p->LastExt.MoringCall_isEveryDay = change.Daily;
+  p->LastExt.MoringCall_EveryDay_Time = change.DailyTime;
   p->LastExt.MoringCall_Mode = mode;
-  m_exts.Exts_Write(id, [this, mode](TADOQuery &q) {
-    q.SetBoolean(u"MoringCall_isEveryDay"_s, TeCheckBox_MoringCall_isEveryDay);
-    q.SetDateTime(u"MoringCall_EveryDay_Time"_s, TeDateTimePicker_MoringCall_EveryDayTime);
+  m_exts.Exts_Write(id, [&change, mode](TADOQuery &q) {
+    q.SetBoolean(u"MoringCall_isEveryDay"_s, change.Daily);
+    q.SetDateTime(u"MoringCall_EveryDay_Time"_s, change.DailyTime);
     q.SetInteger(u"MoringCall_Mode"_s, mode);
   });
   // The operator's own change is no wake-up result.
   p->LiveUpdate = false;
   m_exts.Ext_UpdateRow(id);
-  Close();
+  return true;
 }
 
 void TMoringCall_Form::TeButton_MoringCallSet_MultiClick() {
@@ -174,6 +190,7 @@ void TMoringCall_Form::TeButton_MoringCallSet_MultiClick() {
   m_conflictsConfirmed = true;
   TeButton1Click();
   m_conflictsConfirmed = false;
+  emit batchStarted();
 }
 
 TDateTime TMoringCall_Form::WakeTimeOfControls() const {

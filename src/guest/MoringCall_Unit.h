@@ -51,6 +51,26 @@ public:
   void TeButton2Click(); // cancel
   void SetServiceAllowed(bool allowed);
 
+  // What an apply sends and keeps for one room: the wake-up on at `When` in
+  // `Mode` (1..3), or off; and the daily wake-up the console repeats itself.
+  struct TWakeUpChange {
+    int ID = -1;
+    bool On = false;
+    TDateTime When;
+    int Mode = 1;
+    bool Daily = false;
+    TDateTime DailyTime; // the time of day counts
+  };
+  // The one apply of a wake-up, for the dialog's key and the automation API:
+  // the packet to the exchange, the device's record, the room's row of Exts
+  // and the grid row. False (logged) for an unknown device. A store error rises
+  // as EDatabaseError after the packet went.
+  bool ApplyWakeUp(const TWakeUpChange &change);
+
+signals:
+  // The batch key sent its first room; the walk goes on from the answers.
+  void batchStarted();
+
 private:
   void Apply();
   TDateTime WakeTimeOfControls() const;

@@ -137,6 +137,22 @@ void LoadConfig(TSysConfig &c) {
   c.WakeRetryMinutes = qBound(1, ini.ReadInteger(u"FrontDesk"_s, u"WakeRetryMinutes"_s, 5), 240);
   c.WakeRetryMax = qBound(1, ini.ReadInteger(u"FrontDesk"_s, u"WakeRetryMax"_s, 2), 10);
   // --- end of the wake-up follow-up block ---
+  // --- [Api] --- A port out of range is as good as the default.
+  c.ApiEnabled = ini.ReadInteger(u"Api"_s, u"Enabled"_s, 0) != 0;
+  c.ApiPort = ini.ReadInteger(u"Api"_s, u"Port"_s, 5010);
+  if (c.ApiPort < 1 || c.ApiPort > 65535)
+    c.ApiPort = 5010;
+  c.ApiListen = ini.ReadString(u"Api"_s, u"Listen"_s, u"127.0.0.1"_s).trimmed();
+  if (c.ApiListen.isEmpty())
+    c.ApiListen = u"127.0.0.1"_s;
+  c.ApiToken = ini.ReadString(u"Api"_s, u"Token"_s, QString()).trimmed();
+  // --- end of [Api] ---
+}
+
+QString ApiTokenRefusal(const QString &token) {
+  if (token.size() < kApiMinTokenLength)
+    return u"[Api] Token must have at least %1 characters"_s.arg(kApiMinTokenLength);
+  return {};
 }
 
 void SaveConfig(TSysConfig &c) {
@@ -208,6 +224,15 @@ void SaveConfig(TSysConfig &c) {
     ini.WriteInteger(u"FrontDesk"_s, u"WakeRetryMax"_s, c.WakeRetryMax);
   }
   // --- end of the wake-up follow-up block ---
+  // --- [Api], written like the front desk's keys once in use ---
+  if (c.ApiEnabled || !c.ApiToken.isEmpty() ||
+      !ini.ReadString(u"Api"_s, u"Enabled"_s, QString()).isEmpty()) {
+    ini.WriteInteger(u"Api"_s, u"Enabled"_s, c.ApiEnabled ? 1 : 0);
+    ini.WriteInteger(u"Api"_s, u"Port"_s, c.ApiPort);
+    ini.WriteString(u"Api"_s, u"Listen"_s, c.ApiListen);
+    ini.WriteString(u"Api"_s, u"Token"_s, c.ApiToken);
+  }
+  // --- end of [Api] ---
 
   QString error;
   if (!ini.Save(path, /*ownerOnly=*/true, &error)) {

@@ -64,10 +64,22 @@ struct TSysConfig {
   int WakeRetryMinutes = 5; // 1..240
   int WakeRetryMax = 2;     // 1..10
   // --- end of the wake-up follow-up block ---
+  // --- [Api]: the automation API for the hotel's own systems ---
+  // Off unless enabled; it refuses to start with a token under 16 characters.
+  // Written once in use, so a console that never uses it keeps its file.
+  bool ApiEnabled = false;
+  int ApiPort = 5010;
+  QString ApiListen = QStringLiteral("127.0.0.1");
+  QString ApiToken;
+  // --- end of [Api] ---
 };
 
 // The process-wide record.
 TSysConfig &SysConfig();
+
+// Why [Api] can't run as set (a token under 16 characters); empty when it can.
+inline constexpr int kApiMinTokenLength = 16;
+QString ApiTokenRefusal(const QString &token);
 
 // The INI object of the last LoadConfig or SaveConfig. Values read from it later
 // in the run (the language at the main window's first show) see the file as it

@@ -66,6 +66,10 @@ void Tsysset_Form::FormCreate() {
   WakeRetry_TeCheckBox = c.WakeRetry != 0;
   WakeRetryMinutes_TeSpinEdit = c.WakeRetryMinutes;
   WakeRetryMax_TeSpinEdit = c.WakeRetryMax;
+  Api_Enabled_TeCheckBox = c.ApiEnabled;
+  Api_Port_TeSpinEdit = c.ApiPort;
+  Api_Listen_TeEdit = c.ApiListen;
+  Api_Token_TeEdit = c.ApiToken;
   ActivePage = TabSheet1;
 }
 
@@ -200,4 +204,21 @@ void Tsysset_Form::WakeRetry_ApplyClick() {
   c.WakeRetry = WakeRetry_TeCheckBox ? 1 : 0;
   c.WakeRetryMinutes = WakeRetryMinutes_TeSpinEdit = qBound(1, WakeRetryMinutes_TeSpinEdit, 240);
   c.WakeRetryMax = WakeRetryMax_TeSpinEdit = qBound(1, WakeRetryMax_TeSpinEdit, 10);
+}
+
+// --- the [Api] page ---
+void Tsysset_Form::Api_ApplyClick() {
+  const QString token = Api_Token_TeEdit.trimmed();
+  const QString refusal = ApiTokenRefusal(token);
+  if (Api_Enabled_TeCheckBox && !refusal.isEmpty()) {
+    TheShell().Message(MessageKind::Warning, refusal);
+    return;
+  }
+  TSysConfig &c = SysConfig();
+  c.ApiEnabled = Api_Enabled_TeCheckBox;
+  c.ApiPort = Api_Port_TeSpinEdit = qBound(1, Api_Port_TeSpinEdit, 65535);
+  c.ApiListen = Api_Listen_TeEdit.trimmed().isEmpty() ? u"127.0.0.1"_s : Api_Listen_TeEdit.trimmed();
+  Api_Listen_TeEdit = c.ApiListen;
+  c.ApiToken = Api_Token_TeEdit = token;
+  emit apiChanged();
 }

@@ -21,7 +21,7 @@ class Tsysset_Form : public TFormLogic {
   Q_OBJECT
 
 public:
-  enum Page { TabSheet1, TabSheet2, TabSheet3, TabSheet6, TabSheet7, TabSheet_FrontDesk };
+  enum Page { TabSheet1, TabSheet2, TabSheet3, TabSheet6, TabSheet7, TabSheet_FrontDesk, TabSheet_Api };
 
   explicit Tsysset_Form(QObject *parent = nullptr);
   ~Tsysset_Form() override;
@@ -81,6 +81,15 @@ public:
   int WakeRetryMax_TeSpinEdit = 2;
   void WakeRetry_ApplyClick(); // apply, stays open
   // --- end of the wake-up follow-up block ---
+  // --- Page "自动化接口": [Api] ---
+  bool Api_Enabled_TeCheckBox = false;
+  int Api_Port_TeSpinEdit = 5010;
+  QString Api_Listen_TeEdit;
+  QString Api_Token_TeEdit;
+  // Applies and restarts the API as set. Turned on with a short token it is
+  // refused with a warning, and nothing changes.
+  void Api_ApplyClick();
+  // --- end of the [Api] page ---
 
   Page ActivePage = TabSheet1;
 
@@ -91,6 +100,8 @@ signals:
   void logPageVisibleChanged(bool visible);
   // The front-desk page was applied.
   void frontDeskChanged();
+  // The [Api] page was applied: the API should run as the record now says.
+  void apiChanged();
 
 private:
   QString m_hostToShow;

@@ -148,12 +148,29 @@ SettingsDialog::SettingsDialog(Tsysset_Form &logic, QWidget *parent)
   connect(m_wakeFollowUp, &QCheckBox::toggled, m_wakeRetry, &QWidget::setEnabled);
   auto *applyFrontDesk = NamedButton(u"TeButton_FrontDesk_Apply"_s, u"应 用"_s, this);
 
+  // The automation API.
+  m_apiEnabled = new QCheckBox(u"启用自动化接口"_s, this);
+  m_apiEnabled->setObjectName(u"Api_Enabled_TeCheckBox"_s);
+  m_apiPort = new QSpinBox(this);
+  m_apiPort->setObjectName(u"Api_Port_TeSpinEdit"_s);
+  m_apiPort->setRange(1, 65535);
+  m_apiListen = NamedEdit(u"Api_Listen_TeEdit"_s, this);
+  m_apiToken = NamedEdit(u"Api_Token_TeEdit"_s, this);
+  m_apiToken->setEchoMode(QLineEdit::PasswordEchoOnEdit);
+  auto *api = Form();
+  api->addRow(m_apiEnabled);
+  api->addRow(NamedLabel(u"TeLabel_ApiListen"_s, u"监听地址:"_s, this), m_apiListen);
+  api->addRow(NamedLabel(u"TeLabel_ApiPort"_s, u"端口:"_s, this), m_apiPort);
+  api->addRow(NamedLabel(u"TeLabel_ApiToken"_s, u"令牌(至少16个字符):"_s, this), m_apiToken);
+  auto *applyApi = NamedButton(u"TeButton_Api_Apply"_s, u"应 用"_s, this);
+
   m_pages->addTab(Page(u"TabSheet1"_s, exchange, {apply1, cancel1}), u"交换机参数"_s);
   m_pages->addTab(Page(u"TabSheet2"_s, store, {apply2, cancel2}), u"数据库设置"_s);
   m_pages->addTab(Page(u"TabSheet3"_s, ring, {apply3, cancel3}), u"来电设置"_s);
   m_pages->addTab(Page(u"TabSheet6"_s, panels, {apply4}), u"面板端口设置"_s);
   m_pages->addTab(Page(u"TabSheet7"_s, link, {apply5}), u"外部接口配置"_s);
   m_pages->addTab(Page(u"TabSheet_FrontDesk"_s, frontDesk, {applyFrontDesk}), u"前台"_s);
+  m_pages->addTab(Page(u"TabSheet_Api"_s, api, {applyApi}), u"自动化接口"_s);
 
   auto *outer = new QVBoxLayout(this);
   outer->setContentsMargins(12, 12, 12, 12);
@@ -186,6 +203,7 @@ SettingsDialog::SettingsDialog(Tsysset_Form &logic, QWidget *parent)
   onClick(apply5, &Tsysset_Form::TeEffectButton8Click);
   onClick(applyFrontDesk, &Tsysset_Form::TeButton_FrontDesk_ApplyClick);
   onClick(applyFrontDesk, &Tsysset_Form::WakeRetry_ApplyClick);
+  onClick(applyApi, &Tsysset_Form::Api_ApplyClick);
 
   // Saving the settings reads the list's checks and the link text as they
   // stand, applied or not, so both go into the logic as soon as they change.
@@ -241,6 +259,10 @@ void SettingsDialog::Refresh() {
   m_wakeRetry->setChecked(m_logic.WakeRetry_TeCheckBox);
   m_wakeRetryMinutes->setValue(m_logic.WakeRetryMinutes_TeSpinEdit);
   m_wakeRetryMax->setValue(m_logic.WakeRetryMax_TeSpinEdit);
+  m_apiEnabled->setChecked(m_logic.Api_Enabled_TeCheckBox);
+  m_apiPort->setValue(m_logic.Api_Port_TeSpinEdit);
+  m_apiListen->setText(m_logic.Api_Listen_TeEdit);
+  m_apiToken->setText(m_logic.Api_Token_TeEdit);
   m_pages->setCurrentIndex(int(m_logic.ActivePage));
   m_refreshing = false;
 }
@@ -261,6 +283,10 @@ void SettingsDialog::StoreEdits() {
   m_logic.WakeRetry_TeCheckBox = m_wakeRetry->isChecked();
   m_logic.WakeRetryMinutes_TeSpinEdit = m_wakeRetryMinutes->value();
   m_logic.WakeRetryMax_TeSpinEdit = m_wakeRetryMax->value();
+  m_logic.Api_Enabled_TeCheckBox = m_apiEnabled->isChecked();
+  m_logic.Api_Port_TeSpinEdit = m_apiPort->value();
+  m_logic.Api_Listen_TeEdit = m_apiListen->text();
+  m_logic.Api_Token_TeEdit = m_apiToken->text();
   m_logic.ActivePage = Tsysset_Form::Page(m_pages->currentIndex());
 }
 

@@ -49,4 +49,8 @@ private:
   QSpinBox *m_wakeRetryMinutes;
   QSpinBox *m_wakeRetryMax;
   // --- end of the wake-up follow-up block ---
+  QCheckBox *m_apiEnabled;
+  QSpinBox *m_apiPort;
+  QLineEdit *m_apiListen;
+  QLineEdit *m_apiToken;
 };

@@ -2,7 +2,7 @@
 // exchange raise alarms that outlive a restart, retries when the house wants
 // them, and the question before a wake-up goes into do-not-disturb.
 #include "GuestDesk.h"
-#include "LinkedDesk.h"
+#include "RingingDesk.h"
 
 #include "devices/DeviceEvents.h"
 #include "devices/UDPServerMain.h"
@@ -16,27 +16,9 @@ using namespace Qt::StringLiterals;
 namespace {
 const QDate kDay(2027, 1, 3);
 
-// The console logged in to the exchange, which rings wake-ups by the same
-// clock as the console's and sends each change as a status datagram.
-struct WakeDesk : LinkedDesk {
-  TUDPMainForm udp{0};
-  QDateTime at{kDay, QTime(6, 50)};
-
-  WakeDesk() : LinkedDesk(2) {
-    SysConfig().WakeFollowUp = 1;
-    SetClock([this] { return at; });
-    sim.SetClock([this] { return at; });
-    sim.SetWakeUpCheckPeriod(10);
-    sim.SetWakeUpTalkTime(10);
-    TDeviceEvents &events = main.DeviceEvents();
-    udp.DeviceStatusHandler = [&events](const char *r, int n) { events.Device_UpdateStatus(r, n); };
-  }
-  bool Begin() {
-    if (!udp.FormCreate())
-      return false;
-    sim.SetEventTarget(QHostAddress::LocalHost, udp.LocalPort());
-    return Start();
-  }
+// The console logged in to the exchange, with the house's follow-up on.
+struct WakeDesk : RingingDesk {
+  WakeDesk() : RingingDesk(2, QDateTime(kDay, QTime(6, 50))) { SysConfig().WakeFollowUp = 1; }
   TForm_WakeUpAlarms &Alarms() { return main.Form_WakeUpAlarms(); }
   qsizetype AlarmBalloons() const {
     return std::count_if(shell.Balloons.cbegin(), shell.Balloons.cend(),

@@ -136,6 +136,10 @@ private slots:
          u"10.0.0.7"_s,
          false};
     c.TypeVisible[5] = false;
+    c.ApiEnabled = true;
+    c.ApiPort = 5011;
+    c.ApiListen = u"192.168.1.20"_s;
+    c.ApiToken = u"0123456789abcdefXYZ"_s;
     SaveConfig(c);
     const QByteArray first = home.Read(u"ini/sys.ini"_s);
     TSysConfig back;
@@ -143,12 +147,16 @@ private slots:
     QCOMPARE(back.Password, c.Password);
     QCOMPARE(back.CompanyCaption, c.CompanyCaption);
     QCOMPARE(back.TypeVisible, c.TypeVisible);
+    QCOMPARE(back.ApiEnabled, true);
+    QCOMPARE(back.ApiPort, 5011);
+    QCOMPARE(back.ApiListen, c.ApiListen);
+    QCOMPARE(back.ApiToken, c.ApiToken);
     SaveConfig(back);
     QCOMPARE(home.Read(u"ini/sys.ini"_s), first);
     for (const char *value :
          {"10.0.0.5", "6003", "8008", "p=w d", "海景酒店", "http://hotel.example", "13800138000",
           "/data/notes.db", "ColWidths5=6", "Flag=1", "IncomStyle=3", "TypeVisible5=0",
-          "crm --caller", "10.0.0.7"})
+          "crm --caller", "10.0.0.7", "[Api]", "Port=5011", "0123456789abcdefXYZ"})
       QVERIFY2(first.contains(value), value);
   }
 
@@ -408,6 +416,36 @@ private slots:
     form.TeSpeedButton1Click();
     QCOMPARE(form.DBFile_TeEdit, u"/srv/notes.db"_s);
     QCOMPARE(shell.FileFilters.last(), u"数据库文件[*.db]|*.db"_s);
+  }
+
+  // The API page: turned on only with a token long enough; turned off, or
+  // refused, nothing else is asked of the token.
+  void apiPageApplies_data() {
+    QTest::addColumn<bool>("enabled");
+    QTest::addColumn<QString>("token");
+    QTest::addColumn<bool>("applied");
+    QTest::newRow("on, long token") << true << u" 0123456789abcdef "_s << true;
+    QTest::newRow("on, short token") << true << u"0123456789abcde"_s << false;
+    QTest::newRow("off, no token") << false << QString() << true;
+  }
+  void apiPageApplies() {
+    QFETCH(bool, enabled);
+    QFETCH(QString, token);
+    QFETCH(bool, applied);
+    TestHome home;
+    RecordingShell shell;
+    Tsysset_Form form;
+    form.FormCreate();
+    QSignalSpy changed(&form, &Tsysset_Form::apiChanged);
+    form.Api_Enabled_TeCheckBox = enabled;
+    form.Api_Token_TeEdit = token;
+    form.Api_Port_TeSpinEdit = 5011;
+    form.Api_ApplyClick();
+    QCOMPARE(changed.size(), applied ? 1 : 0);
+    QCOMPARE(shell.Messages.size(), applied ? 0 : 1);
+    QCOMPARE(SysConfig().ApiEnabled, applied && enabled);
+    QCOMPARE(SysConfig().ApiPort, applied ? 5011 : 5010);
+    QCOMPARE(SysConfig().ApiToken, applied ? token.trimmed() : QString());
   }
 
   // Types outside the list can't be changed in the window and keep the file's

@@ -52,10 +52,14 @@ QByteArray ReasonPhrase(int status) {
   switch (status) {
   case 200:
     return "OK";
+  case 204:
+    return "No Content";
   case 206:
     return "Partial Content";
   case 400:
     return "Bad Request";
+  case 401:
+    return "Unauthorized";
   case 403:
     return "Forbidden";
   case 404:
@@ -64,8 +68,14 @@ QByteArray ReasonPhrase(int status) {
     return "Method Not Allowed";
   case 413:
     return "Payload Too Large";
+  case 409:
+    return "Conflict";
   case 416:
     return "Range Not Satisfiable";
+  case 501:
+    return "Not Implemented";
+  case 503:
+    return "Service Unavailable";
   default:
     return status >= 500 ? "Internal Server Error" : "Unknown";
   }

@@ -1,4 +1,5 @@
-// What the two servers share: a whole HTTP/1.1 answer written on the socket,
+// What the servers on Qt HttpServer share (the recording server's two ports
+// and the console's automation API): a whole HTTP/1.1 answer written on the socket,
 // and listening with a cap on how much one request may send.
 //
 // Answers are written straight on the socket rather than through a responder,
