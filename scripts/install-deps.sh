@@ -10,6 +10,8 @@ PACKAGES=(
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good  # what the player decodes and plays with
   qt6-httpserver-dev   # the reference recording server's HTTP side
   sqlite3              # plays "another program holding the database" in the tests
+  libqt6sql6-psql      # the shared store: QtSql's PostgreSQL driver
+  postgresql           # the tests start a throwaway server of their own (initdb, postgres)
   libbenchmark-dev
   fonts-wqy-microhei   # Chinese text on screen and in screenshots
 )
