@@ -120,6 +120,104 @@ QString ColumnType(const QString &word) {
   return QString();
 }
 
+// The Jet pattern of format() as to_char's: the same tokens as jet_format reads
+// on SQLite, every other character quoted so that to_char takes it literally.
+QString ToCharPattern(const QString &format) {
+  QString out;
+  bool afterHour = false;
+  for (qsizetype i = 0; i < format.size();) {
+    const QChar c = format[i].toLower();
+    qsizetype run = 1;
+    while (i + run < format.size() && format[i + run].toLower() == c)
+      ++run;
+    const auto field = [&](const char *name) {
+      out += (run >= 2 ? QString() : u"FM"_s) + QLatin1StringView(name);
+    };
+    if (c == u'y') {
+      out += run >= 4 ? u"YYYY"_s : u"YY"_s;
+    } else if (c == u'm') {
+      field(afterHour ? "MI" : "MM");
+    } else if (c == u'n') {
+      field("MI");
+    } else if (c == u'd') {
+      field("DD");
+    } else if (c == u'h') {
+      field("HH24");
+      afterHour = true;
+      i += run;
+      continue;
+    } else if (c == u's') {
+      field("SS");
+    } else {
+      QString literal = format.mid(i, run);
+      literal.replace(u'\\', u"\\\\"_s).replace(u'"', u"\\\""_s);
+      out += u'"' + literal + u'"';
+      i += run;
+      continue;
+    }
+    if (c != u'm' && c != u'n')
+      afterHour = afterHour && c != u'd' && c != u'y';
+    i += run;
+  }
+  return out;
+}
+
+// format(x, 'pattern'): a quoted pattern as the call's second argument becomes
+// to_char's pattern. A pattern that is no literal is left as it is.
+void RewriteFormatPatterns(QList<Token> &t) {
+  for (qsizetype i = 0; i < t.size(); ++i) {
+    if (!WordIs(t[i], "format"))
+      continue;
+    const qsizetype open = NextSolid(t, i + 1);
+    if (open >= t.size() || t[open].text != u"("_s)
+      continue;
+    int depth = 0;
+    for (qsizetype j = open + 1; j < t.size(); ++j) {
+      if (t[j].kind != Token::Other)
+        continue;
+      if (t[j].text == u"("_s) {
+        ++depth;
+      } else if (t[j].text == u")"_s) {
+        if (depth-- == 0)
+          break;
+      } else if (t[j].text == u","_s && depth == 0) {
+        const qsizetype arg = NextSolid(t, j + 1);
+        const qsizetype after = NextSolid(t, arg + 1);
+        if (arg < t.size() && t[arg].kind == Token::String && after < t.size() &&
+            t[after].text == u")"_s) {
+          const QString pattern = t[arg].text.mid(1, t[arg].text.size() - 2).replace(u"''"_s, u"'"_s);
+          t[arg].text = u'\'' + ToCharPattern(pattern).replace(u'\'', u"''"_s) + u'\'';
+        }
+        break;
+      }
+    }
+  }
+}
+
+// A [name] as PostgreSQL should see it: quoted, so that a reserved word still
+// names a column, and lower-case, so that it is the same column as the plain
+// spelling the other statements use.
+QString PostgresName(const QString &bracketed) {
+  QString name = bracketed.mid(1, bracketed.size() - (bracketed.endsWith(u']') ? 2 : 1));
+  return u'"' + name.toLower().replace(u'"', u"\"\""_s) + u'"';
+}
+
+// Column types of Jet DDL on PostgreSQL. A date column is the datetext domain
+// the schema step creates: the same "yyyy-MM-dd hh:mm:ss" text as on SQLite,
+// ordered byte by byte, so every reader and writer of the store sees the one
+// form, comparisons with date literals order as time does, and the cursor
+// knows the column as a date by its type's name.
+QString PostgresColumnType(const QString &word) {
+  const QString w = word.toLower();
+  if (w == u"memo"_s)
+    return u"text"_s;
+  if (w == u"date"_s)
+    return u"datetext"_s;
+  if (w == u"bit"_s)
+    return u"smallint"_s;
+  return QString();
+}
+
 // TOP n after SELECT [DISTINCT] becomes LIMIT n at the end of that SELECT: at the
 // parenthesis that closes its level, or at the end of the statement.
 void MoveTopToLimit(QList<Token> &t) {
@@ -207,9 +305,14 @@ void RewriteDateDifference(QList<Token> &t) {
 }
 } // namespace
 
-QString TranslateJet(const QString &jetText) {
+QString TranslateJet(const QString &jetText, SqlTarget target) {
+  const bool pg = target == SqlTarget::Postgres;
   const QString jet = RewritePageQuery(jetText);
   QList<Token> t = Tokenize(jet);
+  // Before the date difference is rewritten: that merges parentheses into
+  // longer tokens, and the pattern is found by counting them.
+  if (pg)
+    RewriteFormatPatterns(t);
   RewriteDateDifference(t);
   const qsizetype first = NextSolid(t, 0);
   const bool ddl = first < t.size() && (WordIs(t[first], "create") || WordIs(t[first], "alter"));
@@ -218,6 +321,11 @@ QString TranslateJet(const QString &jetText) {
     Token &tok = t[i];
     if (tok.kind == Token::Other && tok.text == u"&"_s) {
       tok.text = u"||"_s;
+    } else if (pg && tok.kind == Token::Ident) {
+      tok.text = PostgresName(tok.text);
+    } else if (pg && tok.kind == Token::Word && !ddl &&
+               (WordIs(tok, "like") || WordIs(tok, "true") || WordIs(tok, "false"))) {
+      tok.text = WordIs(tok, "like") ? u"ilike"_s : WordIs(tok, "true") ? u"1"_s : u"0"_s;
     } else if (tok.kind == Token::Word) {
       const qsizetype next = NextSolid(t, i + 1);
       const bool call = next < t.size() && t[next].text == u"("_s;
@@ -234,7 +342,8 @@ QString TranslateJet(const QString &jetText) {
             t[close++].text.clear();
           if (close < t.size())
             t[close].text.clear();
-          tok.text = u"PRIMARY KEY AUTOINCREMENT"_s;
+          tok.text = pg ? u"GENERATED BY DEFAULT AS IDENTITY PRIMARY KEY"_s
+                        : u"PRIMARY KEY AUTOINCREMENT"_s;
           qsizetype after = NextSolid(t, close + 1);
           if (after < t.size() && WordIs(t[after], "primary")) {
             const qsizetype key = NextSolid(t, after + 1);
@@ -244,7 +353,7 @@ QString TranslateJet(const QString &jetText) {
             }
           }
         } else if (!call || WordIs(tok, "date")) {
-          const QString type = ColumnType(tok.text);
+          const QString type = pg ? PostgresColumnType(tok.text) : ColumnType(tok.text);
           if (!type.isEmpty())
             tok.text = type;
         }
@@ -283,6 +392,10 @@ QString TranslateJet(const QString &jetText) {
   for (const Token &tok : t)
     out += tok.text;
   return out;
+}
+
+QString JetFormatToCharPattern(const QString &jetPattern) {
+  return ToCharPattern(jetPattern);
 }
 
 QString StorableText(const QString &value) {

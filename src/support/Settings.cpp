@@ -137,6 +137,17 @@ void LoadConfig(TSysConfig &c) {
   c.WakeRetryMinutes = qBound(1, ini.ReadInteger(u"FrontDesk"_s, u"WakeRetryMinutes"_s, 5), 240);
   c.WakeRetryMax = qBound(1, ini.ReadInteger(u"FrontDesk"_s, u"WakeRetryMax"_s, 2), 10);
   // --- end of the wake-up follow-up block ---
+
+  // --- [DB] shared store ---
+  c.DBDriver = ini.ReadString(u"DB"_s, u"Driver"_s, QString()).trimmed();
+  c.DBHost = ini.ReadString(u"DB"_s, u"Host"_s, QString());
+  c.DBPort = ini.ReadInteger(u"DB"_s, u"Port"_s, 5432);
+  if (c.DBPort < 1 || c.DBPort > 65535)
+    c.DBPort = 5432;
+  c.DBDatabase = ini.ReadString(u"DB"_s, u"Database"_s, QString());
+  c.DBUser = ini.ReadString(u"DB"_s, u"User"_s, QString());
+  c.DBPassword = ini.ReadString(u"DB"_s, u"Password"_s, QString());
+  // --- end of the shared store block ---
 }
 
 void SaveConfig(TSysConfig &c) {
@@ -208,6 +219,17 @@ void SaveConfig(TSysConfig &c) {
     ini.WriteInteger(u"FrontDesk"_s, u"WakeRetryMax"_s, c.WakeRetryMax);
   }
   // --- end of the wake-up follow-up block ---
+
+  // --- [DB] shared store: written once a driver is set ---
+  if (c.SharedStoreInUse() || !ini.ReadString(u"DB"_s, u"Driver"_s, QString()).isEmpty()) {
+    ini.WriteString(u"DB"_s, u"Driver"_s, c.DBDriver);
+    ini.WriteString(u"DB"_s, u"Host"_s, c.DBHost);
+    ini.WriteInteger(u"DB"_s, u"Port"_s, c.DBPort);
+    ini.WriteString(u"DB"_s, u"Database"_s, c.DBDatabase);
+    ini.WriteString(u"DB"_s, u"User"_s, c.DBUser);
+    ini.WriteString(u"DB"_s, u"Password"_s, c.DBPassword);
+  }
+  // --- end of the shared store block ---
 
   QString error;
   if (!ini.Save(path, /*ownerOnly=*/true, &error)) {

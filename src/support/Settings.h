@@ -64,6 +64,19 @@ struct TSysConfig {
   int WakeRetryMinutes = 5; // 1..240
   int WakeRetryMax = 2;     // 1..10
   // --- end of the wake-up follow-up block ---
+
+  // --- [DB] shared store: the database server several desks share ---
+  // DBDriver "QPSQL" opens the store on a PostgreSQL server instead of the
+  // SQLite file DBFile names; empty (the default) keeps the file. Written only
+  // once set, so a desk that never uses a server keeps the file it always had.
+  QString DBDriver;
+  QString DBHost;
+  int DBPort = 5432;
+  QString DBDatabase;
+  QString DBUser;
+  QString DBPassword; // plain text, like Password: the file is owner-only
+  bool SharedStoreInUse() const { return !DBDriver.isEmpty(); }
+  // --- end of the shared store block ---
 };
 
 // The process-wide record.
