@@ -1,5 +1,6 @@
 // The store on real SQLite files: the schema check at start, the paged query, the
 // appends, the Jet dialect as the console writes it, and files that are no good.
+#include "common/PgStore.h"
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
 #include "directory/JetSql.h"
@@ -293,7 +294,7 @@ private slots:
       else
         q.ExecSQL();
     } catch (const EDatabaseError &e) {
-      QFAIL(qPrintable(e.Message() + u"\n  as SQLite: "_s + TranslateJet(jet)));
+      QFAIL(qPrintable(e.Message() + u"\n  translated: "_s + TranslateJet(jet, Sys_DM().Target())));
     }
   }
 
