@@ -2,13 +2,18 @@
 // text, and the Jet functions answering on a real (throwaway) server as they
 // answer on SQLite.
 #include "common/PgServer.h"
+#include "common/TestHome.h"
 #include "directory/JetFunctions.h"
 #include "directory/JetSql.h"
+#include "directory/StoreError.h"
 #include "directory/SysDM_Unit.h"
+#include "support/Settings.h"
 
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QHostAddress>
+#include <QTcpServer>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -111,6 +116,41 @@ private slots:
     QSqlQuery q(QSqlDatabase::database(m_conn));
     QVERIFY2(q.exec(sql) && q.next(), qPrintable(q.lastError().text() + u"\n  "_s + sql));
     QCOMPARE(q.value(0).toString(), expected);
+  }
+
+  // A server that isn't there, or a driver the console doesn't know: the
+  // start says so in words, and a call record that arrives is kept.
+  void serverThatCantBeUsed_data() {
+    QTest::addColumn<QString>("driver");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("nothing listens") << u"QPSQL"_s << u"Cannot reach the database server"_s;
+    QTest::newRow("unknown driver") << u"QMYSQL"_s << u"Unknown database driver"_s;
+  }
+  void serverThatCantBeUsed() {
+    QFETCH(QString, driver);
+    QFETCH(QString, message);
+    TestHome home;
+    int closedPort = 0;
+    {
+      QTcpServer probe;
+      QVERIFY(probe.listen(QHostAddress::LocalHost, 0));
+      closedPort = probe.serverPort();
+    }
+    SysConfig().DBDriver = driver;
+    SysConfig().DBHost = u"127.0.0.1"_s;
+    SysConfig().DBPort = closedPort;
+    SysConfig().DBDatabase = u"hotel"_s;
+    QString error;
+    try {
+      Sys_DM().DataModuleCreate();
+    } catch (const EDatabaseError &e) {
+      error = e.Message();
+    }
+    QVERIFY2(error.startsWith(message), qPrintable(error));
+    QVERIFY(!Sys_DM().Connected());
+    Sys_DM().AddPBXConRecord({0, u"8001"_s, u"8002"_s, 0, {}, {}, {}, 0, {}, 1, 0});
+    QCOMPARE(Sys_DM().PendingWrites().Waiting(), 1);
+    Sys_DM().PendingWrites().Close();
   }
 
   void cleanupTestCase() {
