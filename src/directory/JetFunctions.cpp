@@ -1,5 +1,6 @@
 #include "directory/JetFunctions.h"
 
+#include "directory/JetSql.h"
 #include "support/TDateTime.h"
 
 #include <QString>
@@ -59,38 +60,35 @@ void JetRight(sqlite3_context *ctx, int, sqlite3_value **argv) {
 QString FormatJetDate(TDateTime value, const QString &format) {
   const QDateTime dt = value.ToQDateTime();
   QString out;
-  bool afterHour = false;
-  for (qsizetype i = 0; i < format.size();) {
-    const QChar c = format[i].toLower();
-    qsizetype run = 1;
-    while (i + run < format.size() && format[i + run].toLower() == c)
-      ++run;
-    if (c == u'y') {
-      out += run >= 4 ? QString::number(dt.date().year())
-                      : QString::number(dt.date().year() % 100).rightJustified(2, u'0');
-    } else if (c == u'm') {
-      const int v = afterHour ? dt.time().minute() : dt.date().month();
-      out += run >= 2 ? QString::number(v).rightJustified(2, u'0') : QString::number(v);
-    } else if (c == u'n') {
-      out += QString::number(dt.time().minute()).rightJustified(run >= 2 ? 2 : 1, u'0');
-    } else if (c == u'd') {
-      out += QString::number(dt.date().day()).rightJustified(run >= 2 ? 2 : 1, u'0');
-    } else if (c == u'h') {
+  for (const JetDatePart &p : ParseJetDatePattern(format)) {
+    const auto number = [&](int v) {
+      return QString::number(v).rightJustified(p.run >= 2 ? 2 : 1, u'0');
+    };
+    switch (p.field) {
+    case JetDatePart::Year:
+      out += p.run >= 4 ? QString::number(dt.date().year())
+                        : QString::number(dt.date().year() % 100).rightJustified(2, u'0');
+      break;
+    case JetDatePart::Month:
+      out += number(dt.date().month());
+      break;
+    case JetDatePart::Day:
+      out += number(dt.date().day());
+      break;
+    case JetDatePart::Hour:
       // A difference of more than a day still shows its hours of the day only.
-      out += QString::number(dt.time().hour()).rightJustified(run >= 2 ? 2 : 1, u'0');
-      afterHour = true;
-      i += run;
-      continue;
-    } else if (c == u's') {
-      out += QString::number(dt.time().second()).rightJustified(run >= 2 ? 2 : 1, u'0');
-    } else {
-      out += format.mid(i, run);
-      i += run;
-      continue;
+      out += number(dt.time().hour());
+      break;
+    case JetDatePart::Minute:
+      out += number(dt.time().minute());
+      break;
+    case JetDatePart::Second:
+      out += number(dt.time().second());
+      break;
+    case JetDatePart::Text:
+      out += p.text;
+      break;
     }
-    if (c != u'm' && c != u'n')
-      afterHour = afterHour && c != u'd' && c != u'y';
-    i += run;
   }
   return out;
 }

@@ -120,44 +120,37 @@ QString ColumnType(const QString &word) {
   return QString();
 }
 
-// The Jet pattern of format() as to_char's: the same tokens as jet_format reads
-// on SQLite, every other character quoted so that to_char takes it literally.
+// The Jet pattern of format() as to_char's: the fields jet_format reads on
+// SQLite, every other character quoted so that to_char takes it literally.
 QString ToCharPattern(const QString &format) {
   QString out;
-  bool afterHour = false;
-  for (qsizetype i = 0; i < format.size();) {
-    const QChar c = format[i].toLower();
-    qsizetype run = 1;
-    while (i + run < format.size() && format[i + run].toLower() == c)
-      ++run;
+  for (const JetDatePart &p : ParseJetDatePattern(format)) {
     const auto field = [&](const char *name) {
-      out += (run >= 2 ? QString() : u"FM"_s) + QLatin1StringView(name);
+      out += (p.run >= 2 ? QString() : u"FM"_s) + QLatin1StringView(name);
     };
-    if (c == u'y') {
-      out += run >= 4 ? u"YYYY"_s : u"YY"_s;
-    } else if (c == u'm') {
-      field(afterHour ? "MI" : "MM");
-    } else if (c == u'n') {
-      field("MI");
-    } else if (c == u'd') {
+    switch (p.field) {
+    case JetDatePart::Year:
+      out += p.run >= 4 ? u"YYYY"_s : u"YY"_s;
+      break;
+    case JetDatePart::Month:
+      field("MM");
+      break;
+    case JetDatePart::Day:
       field("DD");
-    } else if (c == u'h') {
+      break;
+    case JetDatePart::Hour:
       field("HH24");
-      afterHour = true;
-      i += run;
-      continue;
-    } else if (c == u's') {
+      break;
+    case JetDatePart::Minute:
+      field("MI");
+      break;
+    case JetDatePart::Second:
       field("SS");
-    } else {
-      QString literal = format.mid(i, run);
-      literal.replace(u'\\', u"\\\\"_s).replace(u'"', u"\\\""_s);
-      out += u'"' + literal + u'"';
-      i += run;
-      continue;
+      break;
+    case JetDatePart::Text:
+      out += u'"' + QString(p.text).replace(u'\\', u"\\\\"_s).replace(u'"', u"\\\""_s) + u'"';
+      break;
     }
-    if (c != u'm' && c != u'n')
-      afterHour = afterHour && c != u'd' && c != u'y';
-    i += run;
   }
   return out;
 }
@@ -394,8 +387,37 @@ QString TranslateJet(const QString &jetText, SqlTarget target) {
   return out;
 }
 
-QString JetFormatToCharPattern(const QString &jetPattern) {
-  return ToCharPattern(jetPattern);
+QList<JetDatePart> ParseJetDatePattern(const QString &format) {
+  QList<JetDatePart> parts;
+  bool afterHour = false;
+  for (qsizetype i = 0; i < format.size();) {
+    const QChar c = format[i].toLower();
+    qsizetype run = 1;
+    while (i + run < format.size() && format[i + run].toLower() == c)
+      ++run;
+    JetDatePart::Field field = JetDatePart::Text;
+    if (c == u'y')
+      field = JetDatePart::Year;
+    else if (c == u'm')
+      field = afterHour ? JetDatePart::Minute : JetDatePart::Month;
+    else if (c == u'n')
+      field = JetDatePart::Minute;
+    else if (c == u'd')
+      field = JetDatePart::Day;
+    else if (c == u'h')
+      field = JetDatePart::Hour;
+    else if (c == u's')
+      field = JetDatePart::Second;
+    parts.append({field, run, field == JetDatePart::Text ? format.mid(i, run) : QString()});
+    // An hour makes the next "m" minutes; a year or a day ends that, while
+    // seconds, minutes and text leave it as it was.
+    if (c == u'h')
+      afterHour = true;
+    else if (c == u'y' || c == u'd')
+      afterHour = false;
+    i += run;
+  }
+  return parts;
 }
 
 QString StorableText(const QString &value) {

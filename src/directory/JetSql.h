@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 
 // The console's statements are written in the Jet dialect; the store runs them on
@@ -21,9 +22,15 @@
 enum class SqlTarget { Sqlite, Postgres };
 QString TranslateJet(const QString &jet, SqlTarget target = SqlTarget::Sqlite);
 
-// A format pattern of Jet ("yyyy-mm-dd hh:nn:ss", "mm" after an hour meaning
-// minutes) as a PostgreSQL to_char pattern.
-QString JetFormatToCharPattern(const QString &jetPattern);
+// One piece of a Jet date pattern ("yyyy-mm-dd hh:nn:ss"): a field, or text
+// shown as it stands. "m" after an hour field means minutes. Run is how many
+// times the letter stood: 1 unpadded, 2 or more two digits (yyyy: four).
+struct JetDatePart {
+  enum Field { Text, Year, Month, Day, Hour, Minute, Second } field;
+  qsizetype run;
+  QString text;
+};
+QList<JetDatePart> ParseJetDatePattern(const QString &pattern);
 
 // A value put into statement text between single quotes: its quotes doubled, so
 // that a quote in a search box or a caller number is searched for as a quote and

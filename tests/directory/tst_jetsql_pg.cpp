@@ -1,17 +1,12 @@
 // The Jet dialect's PostgreSQL target: the console's statements as PostgreSQL
-// text, and the Jet functions answering on a real (throwaway) server as they
-// answer on SQLite.
-#include "common/PgServer.h"
+// text, and a shared store that can't be used. The functions' answers on a
+// real server are the store suite's rows, run there as tst_directory_store_pg.
 #include "common/TestHome.h"
-#include "directory/JetFunctions.h"
 #include "directory/JetSql.h"
 #include "directory/StoreError.h"
 #include "directory/SysDM_Unit.h"
 #include "support/Settings.h"
 
-#include <QSqlDatabase>
-#include <QSqlError>
-#include <QSqlQuery>
 #include <QHostAddress>
 #include <QTcpServer>
 #include <QTest>
@@ -20,9 +15,6 @@ using namespace Qt::StringLiterals;
 
 class TestJetSqlPg : public QObject {
   Q_OBJECT
-
-  PgServer *m_server = nullptr;
-  const QString m_conn = u"jetsql_pg"_s;
 
 private slots:
   void translatedText_data() {
@@ -69,55 +61,6 @@ private slots:
     QCOMPARE(TranslateJet(jet, SqlTarget::Postgres), expected);
   }
 
-  // The same expressions and answers as the SQLite store's function test.
-  void functionsAnswerOnPostgres_data() {
-    QTest::addColumn<QString>("expression");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("right") << u"right('13800138000',7)"_s << u"0138000"_s;
-    QTest::newRow("right of short") << u"right('801',7)"_s << u"801"_s;
-    QTest::newRow("right, negative") << u"right('801',-2)"_s << u""_s;
-    QTest::newRow("len") << u"len('张三')"_s << u"2"_s;
-    QTest::newRow("concatenation") << u"'a'&'b'&\"c\""_s << u"abc"_s;
-    QTest::newRow("talk time")
-        << u"format(cdate(#2026-11-22 10:02:03#-#2026-11-22 09:00:00#),\"hh:mm:ss\")"_s
-        << u"01:02:03"_s;
-    QTest::newRow("over a day")
-        << u"format(cdate(#2026-11-23 10:02:03#-#2026-11-22 09:00:00#),\"h:nn:ss\")"_s
-        << u"1:02:03"_s;
-    QTest::newRow("date literal") << u"#2026-11-22 6:05:00#"_s << u"2026-11-22 06:05:00"_s;
-    QTest::newRow("same day") << u"dateDiff('d','2026-11-22 23:00:00','2026-11-22 01:00:00')"_s
-                              << u"0"_s;
-    QTest::newRow("overdue") << u"dateDiff('d','2026-11-20 10:00:00','2026-11-22 09:00:00')"_s
-                             << u"2"_s;
-    QTest::newRow("later") << u"dateDiff('d','2026-11-23','2026-11-22 23:59:59')"_s << u"-1"_s;
-    QTest::newRow("hours") << u"dateDiff('h','2026-11-22 09:59:59','2026-11-22 10:00:00')"_s
-                           << u"1"_s;
-    QTest::newRow("months") << u"dateDiff('m','2026-11-30','2027-01-01')"_s << u"2"_s;
-    QTest::newRow("like ignores case") << u"'ABC' like '%b%'"_s << u"true"_s;
-  }
-  void functionsAnswerOnPostgres() {
-    QFETCH(QString, expression);
-    QFETCH(QString, expected);
-    if (!m_server) {
-      m_server = new PgServer;
-      QVERIFY2(m_server->Running(), qPrintable(m_server->Error()));
-      QSqlDatabase db = QSqlDatabase::addDatabase(u"QPSQL"_s, m_conn);
-      db.setHostName(m_server->Host());
-      db.setPort(m_server->Port());
-      db.setDatabaseName(m_server->Database());
-      db.setUserName(m_server->User());
-      QVERIFY2(db.open(), qPrintable(db.lastError().text()));
-      QSqlQuery q(db);
-      for (const QString &f : PostgresJetFunctions())
-        QVERIFY2(q.exec(f), qPrintable(q.lastError().text()));
-    }
-    QVERIFY(m_server->Running());
-    const QString sql = u"select "_s + TranslateJet(expression, SqlTarget::Postgres) + u" as v"_s;
-    QSqlQuery q(QSqlDatabase::database(m_conn));
-    QVERIFY2(q.exec(sql) && q.next(), qPrintable(q.lastError().text() + u"\n  "_s + sql));
-    QCOMPARE(q.value(0).toString(), expected);
-  }
-
   // A server that isn't there, or a driver the console doesn't know: the
   // start says so in words, and a call record that arrives is kept.
   void serverThatCantBeUsed_data() {
@@ -153,11 +96,6 @@ private slots:
     Sys_DM().PendingWrites().Close();
   }
 
-  void cleanupTestCase() {
-    QSqlDatabase::database(m_conn, false).close();
-    QSqlDatabase::removeDatabase(m_conn);
-    delete m_server;
-  }
 };
 
 QTEST_GUILESS_MAIN(TestJetSqlPg)
