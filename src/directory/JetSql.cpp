@@ -345,6 +345,16 @@ QString TranslateJet(const QString &jetText, SqlTarget target) {
               t[key].text.clear();
             }
           }
+        } else if (pg && call && (WordIs(tok, "varchar") || WordIs(tok, "char"))) {
+          // SQLite never held a text to its declared length; a server would
+          // refuse a longer caller number, and a call record must still be
+          // stored. So text of any length, as before.
+          qsizetype close = next;
+          while (close < t.size() && t[close].text != u")"_s)
+            t[close++].text.clear();
+          if (close < t.size())
+            t[close].text.clear();
+          tok.text = u"text"_s;
         } else if (!call || WordIs(tok, "date")) {
           const QString type = pg ? PostgresColumnType(tok.text) : ColumnType(tok.text);
           if (!type.isEmpty())
