@@ -36,6 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   FuzzConsoleOpenSession();
   const QString text = QString::fromUtf8(reinterpret_cast<const char *>(data), qsizetype(size));
   TranslateJet(text);
+  TranslateJet(text, SqlTarget::Postgres);
   HasSecondStatement(text);
 
   TDirectoryPages &pages = FuzzConsole().Main()->Pages();

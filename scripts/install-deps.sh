@@ -11,6 +11,8 @@ PACKAGES=(
   qt6-httpserver-dev   # the reference recording server's HTTP side
   qt6-websockets-dev   # the automation API's event stream
   sqlite3              # plays "another program holding the database" in the tests
+  libqt6sql6-psql      # the shared store: QtSql's PostgreSQL driver
+  postgresql           # the tests start a throwaway server of their own (initdb, postgres)
   libbenchmark-dev
   fonts-wqy-microhei   # Chinese text on screen and in screenshots
 )

@@ -76,7 +76,14 @@ void TDirectoryPages::DeleteConRecord(const QString &column, const QString &valu
   // The value is a row number the lists built; anything else goes in as text.
   bool isNumber = false;
   value.toLongLong(&isNumber);
-  const QString literal = isNumber ? value : u"'"_s + SqlText(value) + u"'"_s;
+  // A server refuses to compare the numbered ID with text that is no number,
+  // where SQLite merely finds no row; the answer is the same: nothing goes.
+  // And it compares a text column with a number only when the number is
+  // quoted, which it then reads as the column's type, number or text.
+  const bool server = Sys_DM().Target() == SqlTarget::Postgres;
+  if (server && !isNumber && column.compare(u"ID"_s, Qt::CaseInsensitive) == 0)
+    return;
+  const QString literal = isNumber && !server ? value : u"'"_s + SqlText(value) + u"'"_s;
   Excute_ADOQuery.SQL = u"delete from conRecords where ("_s + column + u"="_s + literal + u")"_s;
   Excute_ADOQuery.ExecSQL();
 }

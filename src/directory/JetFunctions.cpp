@@ -1,5 +1,6 @@
 #include "directory/JetFunctions.h"
 
+#include "directory/JetSql.h"
 #include "support/TDateTime.h"
 
 #include <QString>
@@ -59,38 +60,35 @@ void JetRight(sqlite3_context *ctx, int, sqlite3_value **argv) {
 QString FormatJetDate(TDateTime value, const QString &format) {
   const QDateTime dt = value.ToQDateTime();
   QString out;
-  bool afterHour = false;
-  for (qsizetype i = 0; i < format.size();) {
-    const QChar c = format[i].toLower();
-    qsizetype run = 1;
-    while (i + run < format.size() && format[i + run].toLower() == c)
-      ++run;
-    if (c == u'y') {
-      out += run >= 4 ? QString::number(dt.date().year())
-                      : QString::number(dt.date().year() % 100).rightJustified(2, u'0');
-    } else if (c == u'm') {
-      const int v = afterHour ? dt.time().minute() : dt.date().month();
-      out += run >= 2 ? QString::number(v).rightJustified(2, u'0') : QString::number(v);
-    } else if (c == u'n') {
-      out += QString::number(dt.time().minute()).rightJustified(run >= 2 ? 2 : 1, u'0');
-    } else if (c == u'd') {
-      out += QString::number(dt.date().day()).rightJustified(run >= 2 ? 2 : 1, u'0');
-    } else if (c == u'h') {
+  for (const JetDatePart &p : ParseJetDatePattern(format)) {
+    const auto number = [&](int v) {
+      return QString::number(v).rightJustified(p.run >= 2 ? 2 : 1, u'0');
+    };
+    switch (p.field) {
+    case JetDatePart::Year:
+      out += p.run >= 4 ? QString::number(dt.date().year())
+                        : QString::number(dt.date().year() % 100).rightJustified(2, u'0');
+      break;
+    case JetDatePart::Month:
+      out += number(dt.date().month());
+      break;
+    case JetDatePart::Day:
+      out += number(dt.date().day());
+      break;
+    case JetDatePart::Hour:
       // A difference of more than a day still shows its hours of the day only.
-      out += QString::number(dt.time().hour()).rightJustified(run >= 2 ? 2 : 1, u'0');
-      afterHour = true;
-      i += run;
-      continue;
-    } else if (c == u's') {
-      out += QString::number(dt.time().second()).rightJustified(run >= 2 ? 2 : 1, u'0');
-    } else {
-      out += format.mid(i, run);
-      i += run;
-      continue;
+      out += number(dt.time().hour());
+      break;
+    case JetDatePart::Minute:
+      out += number(dt.time().minute());
+      break;
+    case JetDatePart::Second:
+      out += number(dt.time().second());
+      break;
+    case JetDatePart::Text:
+      out += p.text;
+      break;
     }
-    if (c != u'm' && c != u'n')
-      afterHour = afterHour && c != u'd' && c != u'y';
-    i += run;
   }
   return out;
 }
@@ -171,4 +169,46 @@ bool RegisterJetFunctions(sqlite3 *db) {
                                     nullptr, nullptr) == SQLITE_OK &&
          sqlite3_create_function_v2(db, "jet_datediff", 3, flags, nullptr, JetDateDiff, nullptr,
                                     nullptr, nullptr) == SQLITE_OK;
+}
+
+QStringList PostgresJetFunctions() {
+  return {
+      // Dates are kept as the console writes them, "yyyy-MM-dd hh:mm:ss";
+      // compared byte by byte that text orders as time does, whatever the
+      // server's collation.
+      u"DO $$ BEGIN CREATE DOMAIN datetext AS text COLLATE \"C\"; "
+      u"EXCEPTION WHEN duplicate_object THEN NULL; END $$"_s,
+      // A stored text as a time; NULL for text that is no date, as the
+      // functions on SQLite answer.
+      u"CREATE OR REPLACE FUNCTION jet_date(text) RETURNS timestamp LANGUAGE plpgsql "
+      u"IMMUTABLE AS $$ BEGIN RETURN $1::timestamp(0); "
+      u"EXCEPTION WHEN others THEN RETURN NULL; END $$"_s,
+      // A negative count gives the empty text, as on SQLite, where
+      // PostgreSQL's own right() would drop characters from the front.
+      u"CREATE OR REPLACE FUNCTION jet_right(text, integer) RETURNS text LANGUAGE sql "
+      u"IMMUTABLE AS $$ SELECT right($1, greatest($2, 0)) $$"_s,
+      // The pattern arrives as to_char's (the translator rewrote it); a value
+      // that is no date comes back as its text.
+      u"CREATE OR REPLACE FUNCTION jet_format(text, text) RETURNS text LANGUAGE sql "
+      u"IMMUTABLE AS $$ SELECT coalesce(to_char(jet_date($1), $2), $1) $$"_s,
+      // Days since the zero date as the stored form, rounded to the second.
+      u"CREATE OR REPLACE FUNCTION jet_cdate(double precision) RETURNS text LANGUAGE sql "
+      u"IMMUTABLE AS $$ SELECT to_char(timestamp '1899-12-30' + round($1 * 86400) * "
+      u"interval '1 second', 'YYYY-MM-DD HH24:MI:SS') $$"_s,
+      u"CREATE OR REPLACE FUNCTION jet_datesub(text, text) RETURNS double precision "
+      u"LANGUAGE sql IMMUTABLE AS $$ SELECT extract(epoch FROM (jet_date($1) - jet_date($2)))"
+      u"::double precision / 86400 $$"_s,
+      // Boundaries crossed from the first date to the second; 'd' counts
+      // calendar days whatever the times of day.
+      u"CREATE OR REPLACE FUNCTION jet_datediff(text, text, text) RETURNS bigint "
+      u"LANGUAGE sql IMMUTABLE AS $$ SELECT (CASE lower($1) "
+      u"WHEN 'yyyy' THEN extract(year FROM b) - extract(year FROM a) "
+      u"WHEN 'm' THEN (extract(year FROM b) - extract(year FROM a)) * 12 "
+      u"+ extract(month FROM b) - extract(month FROM a) "
+      u"WHEN 'h' THEN floor(extract(epoch FROM b) / 3600) - floor(extract(epoch FROM a) / 3600) "
+      u"WHEN 'n' THEN floor(extract(epoch FROM b) / 60) - floor(extract(epoch FROM a) / 60) "
+      u"WHEN 's' THEN extract(epoch FROM b) - extract(epoch FROM a) "
+      u"ELSE b::date - a::date END)::bigint "
+      u"FROM (SELECT jet_date($2) AS a, jet_date($3) AS b) d $$"_s,
+  };
 }

@@ -120,6 +120,97 @@ QString ColumnType(const QString &word) {
   return QString();
 }
 
+// The Jet pattern of format() as to_char's: the fields jet_format reads on
+// SQLite, every other character quoted so that to_char takes it literally.
+QString ToCharPattern(const QString &format) {
+  QString out;
+  for (const JetDatePart &p : ParseJetDatePattern(format)) {
+    const auto field = [&](const char *name) {
+      out += (p.run >= 2 ? QString() : u"FM"_s) + QLatin1StringView(name);
+    };
+    switch (p.field) {
+    case JetDatePart::Year:
+      out += p.run >= 4 ? u"YYYY"_s : u"YY"_s;
+      break;
+    case JetDatePart::Month:
+      field("MM");
+      break;
+    case JetDatePart::Day:
+      field("DD");
+      break;
+    case JetDatePart::Hour:
+      field("HH24");
+      break;
+    case JetDatePart::Minute:
+      field("MI");
+      break;
+    case JetDatePart::Second:
+      field("SS");
+      break;
+    case JetDatePart::Text:
+      out += u'"' + QString(p.text).replace(u'\\', u"\\\\"_s).replace(u'"', u"\\\""_s) + u'"';
+      break;
+    }
+  }
+  return out;
+}
+
+// format(x, 'pattern'): a quoted pattern as the call's second argument becomes
+// to_char's pattern. A pattern that is no literal is left as it is.
+void RewriteFormatPatterns(QList<Token> &t) {
+  for (qsizetype i = 0; i < t.size(); ++i) {
+    if (!WordIs(t[i], "format"))
+      continue;
+    const qsizetype open = NextSolid(t, i + 1);
+    if (open >= t.size() || t[open].text != u"("_s)
+      continue;
+    int depth = 0;
+    for (qsizetype j = open + 1; j < t.size(); ++j) {
+      if (t[j].kind != Token::Other)
+        continue;
+      if (t[j].text == u"("_s) {
+        ++depth;
+      } else if (t[j].text == u")"_s) {
+        if (depth-- == 0)
+          break;
+      } else if (t[j].text == u","_s && depth == 0) {
+        const qsizetype arg = NextSolid(t, j + 1);
+        const qsizetype after = NextSolid(t, arg + 1);
+        if (arg < t.size() && t[arg].kind == Token::String && after < t.size() &&
+            t[after].text == u")"_s) {
+          const QString pattern = t[arg].text.mid(1, t[arg].text.size() - 2).replace(u"''"_s, u"'"_s);
+          t[arg].text = u'\'' + ToCharPattern(pattern).replace(u'\'', u"''"_s) + u'\'';
+        }
+        break;
+      }
+    }
+  }
+}
+
+// A [name] as PostgreSQL should see it: quoted, so that a reserved word still
+// names a column, and lower-case, so that it is the same column as the plain
+// spelling the other statements use.
+QString PostgresName(const QString &bracketed) {
+  QString name = bracketed.mid(1, bracketed.size() - (bracketed.endsWith(u']') ? 2 : 1));
+  return u'"' + name.toLower().replace(u'"', u"\"\""_s) + u'"';
+}
+
+// Column types of Jet DDL on PostgreSQL. A date column is the datetext domain
+// the schema step creates: the same "yyyy-MM-dd hh:mm:ss" text as on SQLite,
+// ordered byte by byte, so every reader and writer of the store sees the one
+// form, comparisons with date literals order as time does, and the cursor
+// knows the column as a date by its type's name.
+QString PostgresColumnType(const QString &word) {
+  const QString w = word.toLower();
+  if (w == u"memo"_s)
+    return u"text"_s;
+  if (w == u"date"_s)
+    return u"datetext"_s;
+  if (w == u"bit"_s)
+    return u"smallint"_s;
+  return QString();
+}
+
 // TOP n after SELECT [DISTINCT] becomes LIMIT n at the end of that SELECT: at the
 // parenthesis that closes its level, or at the end of the statement.
 void MoveTopToLimit(QList<Token> &t) {
@@ -207,9 +298,14 @@ void RewriteDateDifference(QList<Token> &t) {
 }
 } // namespace
 
-QString TranslateJet(const QString &jetText) {
+QString TranslateJet(const QString &jetText, SqlTarget target) {
+  const bool pg = target == SqlTarget::Postgres;
   const QString jet = RewritePageQuery(jetText);
   QList<Token> t = Tokenize(jet);
+  // Before the date difference is rewritten: that merges parentheses into
+  // longer tokens, and the pattern is found by counting them.
+  if (pg)
+    RewriteFormatPatterns(t);
   RewriteDateDifference(t);
   const qsizetype first = NextSolid(t, 0);
   const bool ddl = first < t.size() && (WordIs(t[first], "create") || WordIs(t[first], "alter"));
@@ -218,6 +314,11 @@ QString TranslateJet(const QString &jetText) {
     Token &tok = t[i];
     if (tok.kind == Token::Other && tok.text == u"&"_s) {
       tok.text = u"||"_s;
+    } else if (pg && tok.kind == Token::Ident) {
+      tok.text = PostgresName(tok.text);
+    } else if (pg && tok.kind == Token::Word && !ddl &&
+               (WordIs(tok, "like") || WordIs(tok, "true") || WordIs(tok, "false"))) {
+      tok.text = WordIs(tok, "like") ? u"ilike"_s : WordIs(tok, "true") ? u"1"_s : u"0"_s;
     } else if (tok.kind == Token::Word) {
       const qsizetype next = NextSolid(t, i + 1);
       const bool call = next < t.size() && t[next].text == u"("_s;
@@ -234,7 +335,8 @@ QString TranslateJet(const QString &jetText) {
             t[close++].text.clear();
           if (close < t.size())
             t[close].text.clear();
-          tok.text = u"PRIMARY KEY AUTOINCREMENT"_s;
+          tok.text = pg ? u"GENERATED BY DEFAULT AS IDENTITY PRIMARY KEY"_s
+                        : u"PRIMARY KEY AUTOINCREMENT"_s;
           qsizetype after = NextSolid(t, close + 1);
           if (after < t.size() && WordIs(t[after], "primary")) {
             const qsizetype key = NextSolid(t, after + 1);
@@ -243,8 +345,18 @@ QString TranslateJet(const QString &jetText) {
               t[key].text.clear();
             }
           }
+        } else if (pg && call && (WordIs(tok, "varchar") || WordIs(tok, "char"))) {
+          // SQLite never held a text to its declared length; a server would
+          // refuse a longer caller number, and a call record must still be
+          // stored. So text of any length, as before.
+          qsizetype close = next;
+          while (close < t.size() && t[close].text != u")"_s)
+            t[close++].text.clear();
+          if (close < t.size())
+            t[close].text.clear();
+          tok.text = u"text"_s;
         } else if (!call || WordIs(tok, "date")) {
-          const QString type = ColumnType(tok.text);
+          const QString type = pg ? PostgresColumnType(tok.text) : ColumnType(tok.text);
           if (!type.isEmpty())
             tok.text = type;
         }
@@ -283,6 +395,39 @@ QString TranslateJet(const QString &jetText) {
   for (const Token &tok : t)
     out += tok.text;
   return out;
+}
+
+QList<JetDatePart> ParseJetDatePattern(const QString &format) {
+  QList<JetDatePart> parts;
+  bool afterHour = false;
+  for (qsizetype i = 0; i < format.size();) {
+    const QChar c = format[i].toLower();
+    qsizetype run = 1;
+    while (i + run < format.size() && format[i + run].toLower() == c)
+      ++run;
+    JetDatePart::Field field = JetDatePart::Text;
+    if (c == u'y')
+      field = JetDatePart::Year;
+    else if (c == u'm')
+      field = afterHour ? JetDatePart::Minute : JetDatePart::Month;
+    else if (c == u'n')
+      field = JetDatePart::Minute;
+    else if (c == u'd')
+      field = JetDatePart::Day;
+    else if (c == u'h')
+      field = JetDatePart::Hour;
+    else if (c == u's')
+      field = JetDatePart::Second;
+    parts.append({field, run, field == JetDatePart::Text ? format.mid(i, run) : QString()});
+    // An hour makes the next "m" minutes; a year or a day ends that, while
+    // seconds, minutes and text leave it as it was.
+    if (c == u'h')
+      afterHour = true;
+    else if (c == u'y' || c == u'd')
+      afterHour = false;
+    i += run;
+  }
+  return parts;
 }
 
 QString StorableText(const QString &value) {

@@ -155,6 +155,13 @@ TPendingWrites::Outcome TPendingWrites::Begin() {
     return Outcome::Busy;
   }
   QSqlQuery q(db);
+  // A server orders concurrent writers itself; a plain transaction will do.
+  if (Sys_DM().Target() == SqlTarget::Postgres) {
+    if (q.exec(u"BEGIN"_s))
+      return Outcome::Written;
+    NoteWaiting(q.lastError().text());
+    return Outcome::Busy;
+  }
   // Never wait for another program's lock here: the caller is the main thread.
   int busyTimeout = 0;
   if (q.exec(u"PRAGMA busy_timeout"_s) && q.next())
@@ -174,6 +181,7 @@ TPendingWrites::Outcome TPendingWrites::WriteRows(const QList<TPendingRow> &rows
   // Called inside the transaction Begin opened; ends it either way.
   QSqlDatabase db = StoreConnection();
   QSqlQuery q(db);
+  const bool server = Sys_DM().Target() == SqlTarget::Postgres;
   QHash<QString, std::shared_ptr<QSqlQuery>> inserts;
   for (const TPendingRow &row : rows) {
     const QString key = row.Table + u'|' + row.Columns.join(u',');
@@ -183,15 +191,21 @@ TPendingWrites::Outcome TPendingWrites::WriteRows(const QList<TPendingRow> &rows
       for (const QString &c : row.Columns)
         columns << u'[' + c + u']';
       auto insert = std::make_shared<QSqlQuery>(db);
-      insert->prepare(u"INSERT INTO [%1] (%2) VALUES (%3)"_s.arg(
-          row.Table, columns.join(u','), QStringList(columns.size(), u"?"_s).join(u',')));
+      QString sql = u"INSERT INTO [%1] (%2) VALUES (%3)"_s.arg(
+          row.Table, columns.join(u','), QStringList(columns.size(), u"?"_s).join(u','));
+      // The server's driver knows no last insert id; every appended table
+      // has its ID, and the row says it.
+      if (server)
+        sql = TranslateJet(sql, SqlTarget::Postgres) + u" RETURNING ID"_s;
+      insert->prepare(sql);
       it = inserts.insert(key, insert);
     }
     for (qsizetype c = 0; c < row.Values.size(); ++c)
       (*it)->bindValue(int(c), row.Values[c]);
     if ((*it)->exec()) {
       if (lastId)
-        *lastId = (*it)->lastInsertId().toLongLong();
+        *lastId = server ? ((*it)->next() ? (*it)->value(0).toLongLong() : -1)
+                         : (*it)->lastInsertId().toLongLong();
       continue;
     }
     // Whatever the reason (a lock, a full disk, a table gone until the schema

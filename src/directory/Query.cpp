@@ -23,6 +23,18 @@ QStringList DateColumns(const QString &table) {
   QSqlQuery info(StoreConnection());
   info.setForwardOnly(true);
   QStringList names;
+  if (Sys_DM().Target() == SqlTarget::Postgres) {
+    // A date column of the shared store is of the datetext domain.
+    info.prepare(u"SELECT lower(column_name) FROM information_schema.columns WHERE "
+                 u"table_schema = current_schema() AND table_name = lower(?) AND "
+                 u"domain_name = 'datetext'"_s);
+    info.addBindValue(table);
+    if (info.exec()) {
+      while (info.next())
+        names << info.value(0).toString();
+    }
+    return names;
+  }
   if (!info.exec(u"PRAGMA table_info("_s + table + u')'))
     return names;
   while (info.next()) {
@@ -52,7 +64,7 @@ void TADOQuery::Load() {
   // them yet.
   if (Sys_DM().PendingWrites().Waiting() > 0)
     Sys_DM().PendingWrites().Flush();
-  const QString sql = TranslateJet(SQL);
+  const QString sql = TranslateJet(SQL, Sys_DM().Target());
   if (HasSecondStatement(sql))
     throw EDatabaseError(u"Refused: more than one statement, or a NUL in it ["_s +
                          QString(SQL).replace(QChar(0), u"\\0"_s).left(160) + u']');
@@ -93,7 +105,7 @@ void TADOQuery::Close() {
 }
 
 void TADOQuery::ExecSQL() {
-  const QString sql = TranslateJet(SQL);
+  const QString sql = TranslateJet(SQL, Sys_DM().Target());
   if (HasSecondStatement(sql))
     throw EDatabaseError(u"Refused: more than one statement, or a NUL in it ["_s +
                          QString(SQL).replace(QChar(0), u"\\0"_s).left(160) + u']');
@@ -252,22 +264,29 @@ void TADOQuery::Post() {
   if (table.isEmpty())
     throw EDatabaseError(u"No table to write: "_s + Name);
   QSqlQuery q(StoreConnection());
+  const bool server = Sys_DM().Target() == SqlTarget::Postgres;
   QStringList columns;
   for (int i : m_changed)
     columns << u'[' + m_fields[i] + u']';
   if (m_state == State::Insert) {
+    const int id = FieldIndex(u"ID"_s);
     QString sql = columns.isEmpty() ? u"INSERT INTO %1 DEFAULT VALUES"_s.arg(table)
                                     : u"INSERT INTO %1 (%2) VALUES (%3)"_s.arg(
                                           table, columns.join(u','),
                                           QStringList(columns.size(), u"?"_s).join(u','));
+    // The server's driver knows no last insert id; the row says its own.
+    if (server) {
+      sql = TranslateJet(sql, SqlTarget::Postgres);
+      if (id >= 0)
+        sql += u" RETURNING ID"_s;
+    }
     q.prepare(sql);
     for (int i : m_changed)
       q.addBindValue(m_editRow[i]);
     if (!q.exec())
       Fail(q.lastError(), sql);
-    const int id = FieldIndex(u"ID"_s);
     if (id >= 0)
-      m_editRow[id] = q.lastInsertId();
+      m_editRow[id] = server ? (q.next() ? q.value(0) : QVariant()) : q.lastInsertId();
     m_rows << m_editRow;
     m_pos = int(m_rows.size()) - 1;
   } else {
@@ -278,7 +297,9 @@ void TADOQuery::Post() {
       QStringList sets;
       for (const QString &c : columns)
         sets << c + u"=?"_s;
-      const QString sql = u"UPDATE %1 SET %2 WHERE ID=?"_s.arg(table, sets.join(u','));
+      QString sql = u"UPDATE %1 SET %2 WHERE ID=?"_s.arg(table, sets.join(u','));
+      if (server)
+        sql = TranslateJet(sql, SqlTarget::Postgres);
       q.prepare(sql);
       for (int i : m_changed)
         q.addBindValue(m_editRow[i]);

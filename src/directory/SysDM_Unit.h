@@ -1,5 +1,6 @@
 #pragma once
 
+#include "directory/JetSql.h"
 #include "directory/PendingWrites.h"
 #include "directory/Query.h"
 
@@ -66,7 +67,11 @@ public:
   void DataModuleCreate();
   void DBinit();
   bool Connected() const;
+  // The SQLite file, or for a shared store "user@host:port/database".
   QString FileName() const { return m_fileName; }
+  // The dialect the open store speaks: SQLite, or PostgreSQL when [DB]
+  // Driver=QPSQL. Every statement goes through TranslateJet with it.
+  SqlTarget Target() const { return m_target; }
 
   bool TableExists(const QString &table);
   bool FieldExists(const QString &table, const QString &field);
@@ -97,7 +102,10 @@ public:
   static const QString Memo_SQL_MoringCallLog;
 
 private:
+  void OpenServer();
+
   QString m_fileName;
+  SqlTarget m_target = SqlTarget::Sqlite;
   TPendingWrites m_pending;
 };
 

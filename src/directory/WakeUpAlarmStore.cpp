@@ -83,10 +83,13 @@ void Save(TWakeUpAlarm &a) {
         values + QVariantList{a.ID});
     return;
   }
-  const QSqlQuery q = Run(u"INSERT INTO WakeUpAlarms (PortID, RoomNo, Ext, MoringCallTime, "
-                          u"CreateTime, Attempts, RetryTime) VALUES (?, ?, ?, ?, ?, ?, ?)"_s,
-                          values);
-  a.ID = q.lastInsertId().toInt();
+  // The server's driver knows no last insert id; there the row says its own.
+  const bool server = Sys_DM().Target() == SqlTarget::Postgres;
+  QSqlQuery q = Run(u"INSERT INTO WakeUpAlarms (PortID, RoomNo, Ext, MoringCallTime, "
+                    u"CreateTime, Attempts, RetryTime) VALUES (?, ?, ?, ?, ?, ?, ?)"_s +
+                        (server ? u" RETURNING ID"_s : QString()),
+                    values);
+  a.ID = server ? (q.next() ? q.value(0).toInt() : 0) : q.lastInsertId().toInt();
 }
 
 void Acknowledge(const QList<qint32> &ids, TDateTime when, const QString &by) {

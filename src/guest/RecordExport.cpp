@@ -81,7 +81,8 @@ TRecordExportResult ExportRecords(const QString &path, const QString &table,
   }
 
   const QString sql =
-      TranslateJet(u"SELECT * FROM %1 WHERE (%2) ORDER BY %3"_s.arg(table, condition, order));
+      TranslateJet(u"SELECT * FROM %1 WHERE (%2) ORDER BY %3"_s.arg(table, condition, order),
+                   Sys_DM().Target());
   if (HasSecondStatement(sql)) {
     file.cancelWriting();
     result.Error = u"Refused: more than one statement"_s;

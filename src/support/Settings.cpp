@@ -147,6 +147,17 @@ void LoadConfig(TSysConfig &c) {
     c.ApiListen = u"127.0.0.1"_s;
   c.ApiToken = ini.ReadString(u"Api"_s, u"Token"_s, QString()).trimmed();
   // --- end of [Api] ---
+
+  // --- [DB] shared store ---
+  c.DBDriver = ini.ReadString(u"DB"_s, u"Driver"_s, QString()).trimmed();
+  c.DBHost = ini.ReadString(u"DB"_s, u"Host"_s, QString());
+  c.DBPort = ini.ReadInteger(u"DB"_s, u"Port"_s, 5432);
+  if (c.DBPort < 1 || c.DBPort > 65535)
+    c.DBPort = 5432;
+  c.DBDatabase = ini.ReadString(u"DB"_s, u"Database"_s, QString());
+  c.DBUser = ini.ReadString(u"DB"_s, u"User"_s, QString());
+  c.DBPassword = ini.ReadString(u"DB"_s, u"Password"_s, QString());
+  // --- end of the shared store block ---
 }
 
 QString ApiTokenRefusal(const QString &token) {
@@ -233,6 +244,17 @@ void SaveConfig(TSysConfig &c) {
     ini.WriteString(u"Api"_s, u"Token"_s, c.ApiToken);
   }
   // --- end of [Api] ---
+
+  // --- [DB] shared store: written once a driver is set ---
+  if (c.SharedStoreInUse() || !ini.ReadString(u"DB"_s, u"Driver"_s, QString()).isEmpty()) {
+    ini.WriteString(u"DB"_s, u"Driver"_s, c.DBDriver);
+    ini.WriteString(u"DB"_s, u"Host"_s, c.DBHost);
+    ini.WriteInteger(u"DB"_s, u"Port"_s, c.DBPort);
+    ini.WriteString(u"DB"_s, u"Database"_s, c.DBDatabase);
+    ini.WriteString(u"DB"_s, u"User"_s, c.DBUser);
+    ini.WriteString(u"DB"_s, u"Password"_s, c.DBPassword);
+  }
+  // --- end of the shared store block ---
 
   QString error;
   if (!ini.Save(path, /*ownerOnly=*/true, &error)) {

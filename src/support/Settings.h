@@ -72,6 +72,19 @@ struct TSysConfig {
   QString ApiListen = QStringLiteral("127.0.0.1");
   QString ApiToken;
   // --- end of [Api] ---
+
+  // --- [DB] shared store: the database server several desks share ---
+  // DBDriver "QPSQL" opens the store on a PostgreSQL server instead of the
+  // SQLite file DBFile names; empty (the default) keeps the file. Written only
+  // once set, so a desk that never uses a server keeps the file it always had.
+  QString DBDriver;
+  QString DBHost;
+  int DBPort = 5432;
+  QString DBDatabase;
+  QString DBUser;
+  QString DBPassword; // plain text, like Password: the file is owner-only
+  bool SharedStoreInUse() const { return !DBDriver.isEmpty(); }
+  // --- end of the shared store block ---
 };
 
 // The process-wide record.

@@ -13,12 +13,15 @@ inline int StoreContact(const QString &name, const QString &phone, const QString
                         const QString &company = {}, const QString &idCard = {},
                         const QString &memo = {}) {
   QSqlQuery q(StoreConnection());
+  // A server's driver knows no last insert id; there the row says its own.
+  const bool server = Sys_DM().Target() == SqlTarget::Postgres;
   q.prepare(
       QStringLiteral("INSERT INTO MainInfo (Name, Phone1, MobilePhone, Company, IDCard, Memo) "
-                     "VALUES (?,?,?,?,?,?)"));
+                     "VALUES (?,?,?,?,?,?)") +
+      (server ? QStringLiteral(" RETURNING ID") : QString()));
   for (const QString &value : {name, phone, mobile, company, idCard, memo})
     q.addBindValue(value.isNull() ? QVariant() : QVariant(value));
   if (!q.exec())
     qFatal("insert failed");
-  return q.lastInsertId().toInt();
+  return server ? (q.next() ? q.value(0).toInt() : 0) : q.lastInsertId().toInt();
 }

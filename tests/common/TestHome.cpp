@@ -19,6 +19,13 @@ TestHome::TestHome() {
   LanguagePack() = TLanguage_Pack{};
   SetClock({});
   LogMemo().Clear();
+  if (AfterReset())
+    AfterReset()();
+}
+
+std::function<void()> &TestHome::AfterReset() {
+  static std::function<void()> hook;
+  return hook;
 }
 
 TestHome::~TestHome() {

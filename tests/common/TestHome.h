@@ -4,6 +4,8 @@
 #include <QString>
 #include <QTemporaryDir>
 
+#include <functional>
+
 // A fresh program folder for one test: the process-wide settings, language,
 // clock and log memo are reset, and AppPath points into a temporary folder
 // that goes away afterwards.
@@ -20,6 +22,10 @@ public:
   void CopyShipped(const QString &relative) const;
   // The shipped Chinese pack, copied in and loaded, with its status names.
   void UseChinese() const;
+
+  // Run at the end of every home's set-up, after the settings are reset: a
+  // suite that runs on another store backend points the settings at it here.
+  static std::function<void()> &AfterReset();
 
 private:
   QTemporaryDir m_dir;

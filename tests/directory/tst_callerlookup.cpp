@@ -10,6 +10,7 @@
 #include "support/Paths.h"
 #include "support/Settings.h"
 
+#include "common/PgStore.h"
 #include "common/StoreFixture.h"
 #include "directory/Query.h"
 #include "support/Log.h"
@@ -207,10 +208,16 @@ private slots:
     QSqlDatabase db = StoreConnection();
     QSqlQuery q(db);
     if (oldStore) { // a book written before the store kept keys
-      for (const char *drop :
-           {"DROP TRIGGER MainInfo_CallerKeys_Insert", "DROP TRIGGER MainInfo_CallerKeys_Update",
-            "DROP TRIGGER MainInfo_CallerKeys_Delete", "DROP TABLE CallerKeys"})
-        QVERIFY(q.exec(QString::fromLatin1(drop)));
+      const QStringList drops =
+          TestStoreIsPg()
+              ? QStringList{u"DROP TRIGGER MainInfo_CallerKeys ON MainInfo"_s,
+                            u"DROP TABLE CallerKeys"_s}
+              : QStringList{u"DROP TRIGGER MainInfo_CallerKeys_Insert"_s,
+                            u"DROP TRIGGER MainInfo_CallerKeys_Update"_s,
+                            u"DROP TRIGGER MainInfo_CallerKeys_Delete"_s,
+                            u"DROP TABLE CallerKeys"_s};
+      for (const QString &drop : drops)
+        QVERIFY2(q.exec(drop), qPrintable(q.lastError().text()));
     }
     db.transaction();
     q.prepare(u"INSERT INTO MainInfo (Name, Phone1, MobilePhone) VALUES ('c', ?, ?)"_s);
@@ -256,9 +263,17 @@ private slots:
     for (int i = 0; i < 100; ++i)
       probes << Probe(r, stored[r.bounded(int(stored.size()))]);
     int found = 0;
+    // A server keeps no order among the plain statement's rows of one length
+    // (SQLite reads them in ID order); there the same contacts must answer.
+    const auto comparable = [](QList<int> ids) {
+      if (TestStoreIsPg())
+        std::sort(ids.begin(), ids.end());
+      return ids;
+    };
     for (const QString &n : std::as_const(probes)) {
-      const QList<int> plain = Answer(CallerLookupSQL(u"Phone1"_s, n, LookupPlan::Plain));
-      QCOMPARE(Answer(CallerLookupSQL(u"Phone1"_s, n)), plain);
+      const QList<int> plain =
+          comparable(Answer(CallerLookupSQL(u"Phone1"_s, n, LookupPlan::Plain)));
+      QCOMPARE(comparable(Answer(CallerLookupSQL(u"Phone1"_s, n))), plain);
       QCOMPARE(Answer(CallTailSQL(u"Phone1"_s, n)),
                Answer(CallTailSQL(u"Phone1"_s, n, LookupPlan::Plain)));
       found += plain.isEmpty() ? 0 : 1;

@@ -2,6 +2,7 @@
 // three lists from the latest hundred, deleting selected rows, opening and
 // dialling back a logged number.
 #include "common/RecordingShell.h"
+#include "common/PgStore.h"
 #include "common/TestHome.h"
 #include "directory/DirectoryPages.h"
 #include "directory/SysDM_Unit.h"

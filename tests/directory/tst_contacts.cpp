@@ -2,6 +2,7 @@
 // the searches with what an operator may type into them, the sort titles, the
 // call lists following a changed contact, and the memo's find dialog.
 #include "common/RecordingShell.h"
+#include "common/PgStore.h"
 #include "common/TestHome.h"
 #include "directory/DirectoryPages.h"
 #include "directory/MemoFind.h"

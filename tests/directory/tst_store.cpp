@@ -1,5 +1,6 @@
 // The store on real SQLite files: the schema check at start, the paged query, the
 // appends, the Jet dialect as the console writes it, and files that are no good.
+#include "common/PgStore.h"
 #include "common/RecordingShell.h"
 #include "common/TestHome.h"
 #include "directory/JetSql.h"
@@ -293,7 +294,7 @@ private slots:
       else
         q.ExecSQL();
     } catch (const EDatabaseError &e) {
-      QFAIL(qPrintable(e.Message() + u"\n  as SQLite: "_s + TranslateJet(jet)));
+      QFAIL(qPrintable(e.Message() + u"\n  translated: "_s + TranslateJet(jet, Sys_DM().Target())));
     }
   }
 
@@ -314,6 +315,13 @@ private slots:
     QTest::newRow("overdue") << u"dateDiff('d','2026-11-20 10:00:00','2026-11-22 09:00:00')"_s
                              << u"2"_s;
     QTest::newRow("later") << u"dateDiff('d','2026-11-23','2026-11-22 23:59:59')"_s << u"-1"_s;
+    QTest::newRow("right, negative") << u"right('801',-2)"_s << u""_s;
+    QTest::newRow("over a day")
+        << u"format(cdate(#2026-11-23 10:02:03#-#2026-11-22 09:00:00#),\"h:nn:ss\")"_s
+        << u"1:02:03"_s;
+    QTest::newRow("hours") << u"dateDiff('h','2026-11-22 09:59:59','2026-11-22 10:00:00')"_s
+                           << u"1"_s;
+    QTest::newRow("months") << u"dateDiff('m','2026-11-30','2027-01-01')"_s << u"2"_s;
   }
   void jetFunctionsAnswerAsJetDoes() {
     QFETCH(QString, expression);

@@ -1,6 +1,7 @@
 // The task list: its store, the grid, saving, the deadline colours, the counts in
 // the tray balloon, the contact link and the description search.
 #include "common/RecordingShell.h"
+#include "common/PgStore.h"
 #include "common/TestHome.h"
 #include "directory/StoreError.h"
 #include "directory/SysDM_Unit.h"

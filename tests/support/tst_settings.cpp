@@ -160,6 +160,30 @@ private slots:
       QVERIFY2(first.contains(value), value);
   }
 
+  // The shared store's keys appear once a driver is set, and come back.
+  void sharedStoreKeysOnceSet() {
+    TestHome home;
+    TSysConfig c;
+    LoadConfig(c);
+    c.DBHost = u"10.0.0.9"_s; // without a driver, nothing of it is written
+    SaveConfig(c);
+    QVERIFY(!home.Read(u"ini/sys.ini"_s).contains("Driver="));
+    c.DBDriver = u"QPSQL"_s;
+    c.DBPort = 6543;
+    c.DBDatabase = u"hotel"_s;
+    c.DBUser = u"desk"_s;
+    c.DBPassword = u"p=w d"_s;
+    SaveConfig(c);
+    TSysConfig back;
+    LoadConfig(back);
+    QCOMPARE(back.DBDriver, c.DBDriver);
+    QCOMPARE(back.DBHost, c.DBHost);
+    QCOMPARE(back.DBPort, 6543);
+    QCOMPARE(back.DBDatabase, c.DBDatabase);
+    QCOMPARE(back.DBUser, c.DBUser);
+    QCOMPARE(back.DBPassword, c.DBPassword);
+  }
+
   void incomStyleOutsideItsRangeIsKept() {
     TestHome home;
     home.Write(u"ini/sys.ini"_s, "[Ring]\nIncomStyle=7\n");
