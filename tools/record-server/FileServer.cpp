@@ -55,9 +55,9 @@ qint64 Offset(QByteArrayView text) {
 } // namespace
 
 ByteRange ParseRange(const QByteArray &header, qint64 size) {
-  const QByteArray spec = header.trimmed();
+  const QByteArray asked = header.trimmed();
   constexpr QByteArrayView kUnit = "bytes=";
-  if (!spec.startsWith(kUnit) || spec.contains(','))
+  if (!asked.startsWith(kUnit) || asked.contains(','))
     return {};
   const QByteArrayView range = QByteArrayView(spec).sliced(kUnit.size()).trimmed();
   const qsizetype dash = range.indexOf('-');
