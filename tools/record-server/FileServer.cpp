@@ -59,7 +59,7 @@ ByteRange ParseRange(const QByteArray &header, qint64 size) {
   constexpr QByteArrayView kUnit = "bytes=";
   if (!asked.startsWith(kUnit) || asked.contains(','))
     return {};
-  const QByteArrayView range = QByteArrayView(spec).sliced(kUnit.size()).trimmed();
+  const QByteArrayView range = QByteArrayView(asked).sliced(kUnit.size()).trimmed();
   const qsizetype dash = range.indexOf('-');
   if (dash < 0)
     return {};
