@@ -157,6 +157,7 @@ void LoadConfig(TSysConfig &c) {
   c.DBDatabase = ini.ReadString(u"DB"_s, u"Database"_s, QString());
   c.DBUser = ini.ReadString(u"DB"_s, u"User"_s, QString());
   c.DBPassword = ini.ReadString(u"DB"_s, u"Password"_s, QString());
+  c.DBService = ini.ReadString(u"DB"_s, u"Service"_s, QString()).trimmed();
   // --- end of the shared store block ---
 }
 
@@ -253,6 +254,7 @@ void SaveConfig(TSysConfig &c) {
     ini.WriteString(u"DB"_s, u"Database"_s, c.DBDatabase);
     ini.WriteString(u"DB"_s, u"User"_s, c.DBUser);
     ini.WriteString(u"DB"_s, u"Password"_s, c.DBPassword);
+    ini.WriteString(u"DB"_s, u"Service"_s, c.DBService);
   }
   // --- end of the shared store block ---
 

@@ -83,6 +83,9 @@ struct TSysConfig {
   QString DBDatabase;
   QString DBUser;
   QString DBPassword; // plain text, like Password: the file is owner-only
+  // A libpq service name (pg_service.conf); when set it supplies whatever of
+  // host, port, database, user and password the fields above leave empty.
+  QString DBService;
   bool SharedStoreInUse() const { return !DBDriver.isEmpty(); }
   // --- end of the shared store block ---
 };
