@@ -1,10 +1,9 @@
 #include "api/ApiRooms.h"
 
+#include "api/ApiBody.h"
 #include "devices/CallControlDev.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonParseError>
 
 using namespace Qt::StringLiterals;
 
@@ -52,49 +51,69 @@ QJsonObject RoomJson(const TPhoneTis &p, const QStringList &classNames) {
       {u"voicemail"_s, p.VoiceMail},
       {u"class"_s,
        QJsonObject{{u"number"_s, p.SrvClass},
-                   {u"name"_s, p.SrvClass >= 0 ? classNames.value(p.SrvClass) : QString()}}},
+                   {u"name"_s, p.SrvClass >= 0 ? ClassName(classNames.value(p.SrvClass))
+                                               : QString()}}},
       {u"memo"_s, r.Memo}};
   return room;
 }
 
 QString ParseWakeUpBody(const QByteArray &body, TDateTime now, TWakeUpBody *out) {
-  QJsonParseError error{};
-  const QJsonDocument doc = QJsonDocument::fromJson(body, &error);
-  if (error.error != QJsonParseError::NoError)
-    return u"body is not JSON: %1 at %2"_s.arg(error.errorString()).arg(error.offset);
-  if (!doc.isObject())
-    return u"body must be a JSON object"_s;
-  const QJsonObject o = doc.object();
-  for (auto it = o.begin(); it != o.end(); ++it) {
-    if (it.key() != u"time"_s && it.key() != u"mode"_s && it.key() != u"daily"_s)
-      return u"unknown field \"%1\""_s.arg(it.key().left(40));
-  }
-  const QJsonValue time = o.value(u"time"_s);
-  if (!time.isString())
+  TApiBody b(body, {u"time"_s, u"mode"_s, u"daily"_s});
+  if (!b.Ok())
+    return b.Error();
+  const QString time = b.Text(u"time"_s, 32, true);
+  if (!b.Ok())
     return u"\"time\" must be a string yyyy-MM-ddThh:mm"_s;
-  QDateTime when = QDateTime::fromString(time.toString(), u"yyyy-MM-ddThh:mm"_s);
+  QDateTime when = QDateTime::fromString(time, u"yyyy-MM-ddThh:mm"_s);
   if (!when.isValid())
-    when = QDateTime::fromString(time.toString(), u"yyyy-MM-ddThh:mm:ss"_s);
+    when = QDateTime::fromString(time, u"yyyy-MM-ddThh:mm:ss"_s);
   if (!when.isValid())
     return u"\"time\" is not a time yyyy-MM-ddThh:mm"_s;
-  TWakeUpBody b;
+  TWakeUpBody w;
   // The exchange keeps wake-ups to the minute.
   when.setTime(QTime(when.time().hour(), when.time().minute()));
-  b.When = TDateTime::FromQDateTime(when);
-  if (!(now < b.When))
+  w.When = TDateTime::FromQDateTime(when);
+  if (!(now < w.When))
     return u"\"time\" is not in the future"_s;
-  if (o.contains(u"mode"_s)) {
-    const QJsonValue mode = o.value(u"mode"_s);
-    const double m = mode.toDouble(-1);
-    if (!mode.isDouble() || m != double(int(m)) || m < 1 || m > 3)
-      return u"\"mode\" must be 1, 2 or 3"_s;
-    b.Mode = int(m);
-  }
-  if (o.contains(u"daily"_s)) {
-    if (!o.value(u"daily"_s).isBool())
-      return u"\"daily\" must be true or false"_s;
-    b.Daily = o.value(u"daily"_s).toBool();
-  }
-  *out = b;
+  w.Mode = b.Integer(u"mode"_s, 1, 3, 1);
+  w.Daily = b.Boolean(u"daily"_s, false);
+  if (!b.Ok())
+    return b.Error();
+  *out = w;
   return {};
+}
+
+namespace {
+// "hh:mm" as a time of day; invalid for anything else.
+QTime TimeOfDayText(const QJsonValue &v) {
+  return v.isString() ? QTime::fromString(v.toString(), u"hh:mm"_s) : QTime();
+}
+} // namespace
+
+QString ParseDndBody(const QByteArray &body, TDndBody *out) {
+  TApiBody b(body, {u"mode"_s, u"windows"_s});
+  TDndBody d;
+  d.Mode = b.Integer(u"mode"_s, 0, 3, 0, true);
+  d.HasWindows = b.Has(u"windows"_s);
+  const QJsonArray windows = b.Array(u"windows"_s, 3);
+  if (!b.Ok())
+    return b.Error();
+  for (qsizetype i = 0; i < windows.size(); ++i) {
+    const QJsonObject w = windows.at(i).toObject();
+    const QTime start = TimeOfDayText(w.value(u"start"_s));
+    const QTime end = TimeOfDayText(w.value(u"end"_s));
+    const QJsonValue on = w.value(u"on"_s);
+    if (!windows.at(i).isObject() || w.size() != 3 || !start.isValid() || !end.isValid() ||
+        !on.isBool())
+      return u"window %1 must be {\"start\":\"hh:mm\",\"end\":\"hh:mm\",\"on\":true|false}"_s.arg(
+          i + 1);
+    d.Windows[i] = {on.toBool(), TDateTime::FromTime(start), TDateTime::FromTime(end)};
+  }
+  *out = d;
+  return {};
+}
+
+QString ClassName(const QString &item) {
+  const qsizetype colon = item.indexOf(u':');
+  return colon < 0 ? item : item.mid(colon + 1);
 }

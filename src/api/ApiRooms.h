@@ -25,3 +25,21 @@ struct TWakeUpBody {
   bool Daily = false;
 };
 QString ParseWakeUpBody(const QByteArray &body, TDateTime now, TWakeUpBody *out);
+
+// The body of PUT .../dnd: {"mode":0..3,"windows":[{"start":"hh:mm",
+// "end":"hh:mm","on":bool}, ...]}. Up to three windows fill the room's
+// windows in order and turn the others off; without "windows" they stay.
+struct TDndBody {
+  int Mode = 0;
+  bool HasWindows = false;
+  struct Window {
+    bool On = false;
+    TDateTime Start; // the time of day counts
+    TDateTime End;
+  };
+  Window Windows[3];
+};
+QString ParseDndBody(const QByteArray &body, TDndBody *out);
+
+// The exchange's name of a class item "n:name": the part after the colon.
+QString ClassName(const QString &item);

@@ -1,11 +1,13 @@
 #include "api/ApiServer.h"
 
 #include "api/ApiEvents.h"
+#include "api/ApiLogs.h"
 #include "api/ApiRooms.h"
 #include "HttpAnswer.h"
 #include "console/Main_Form.h"
 #include "devices/CallControlDev.h"
 #include "devices/DeviceEvents.h"
+#include "devices/UDPServerMain.h"
 #include "directory/StoreError.h"
 #include "guest/BatchWalk.h"
 #include "guest/ExtsView.h"
@@ -23,7 +25,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QTcpSocket>
-#include <QWebSocket>
+#include <QUrlQuery>
 
 using namespace Qt::StringLiterals;
 
@@ -33,10 +35,6 @@ public:
 
 protected:
   bool handleRequest(const QHttpServerRequest &request, QTcpSocket *socket) override {
-    // The server hands an upgrade to its WebSocket side after this; an answer
-    // written here would spoil the handshake. Its token is checked there.
-    if (request.value("upgrade").compare("websocket", Qt::CaseInsensitive) == 0)
-      return true;
     m_owner.Serve(request, socket);
     return true;
   }
@@ -55,10 +53,7 @@ QJsonObject Error(const QString &message) {
 } // namespace
 
 TApiServer::TApiServer(TMain_Form &main, QObject *parent)
-    : QObject(parent), m_main(main), m_http(std::make_unique<Http>(*this)),
-      m_events(std::make_unique<TApiEvents>()) {
-  connect(m_http.get(), &QAbstractHttpServer::newWebSocketConnection, this,
-          &TApiServer::AcceptWebSockets);
+    : QObject(parent), m_main(main), m_http(std::make_unique<Http>(*this)) {
   // A batch is under way from its first send until the walk ends or times out.
   connect(&main.MoringCall_Form(), &TMoringCall_Form::batchStarted, this, [this] {
     m_walkRunning = SysParam().MyID != kNoSession;
@@ -73,7 +68,7 @@ TApiServer::TApiServer(TMain_Form &main, QObject *parent)
 
   connect(&main.ExtsView(), &TExtsView::moringResultLogged, this,
           [this](int id, const QString &ext, const QString &roomNo, TDateTime when, int state) {
-            m_events->Publish({{u"type"_s, u"wakeup.result"_s},
+            Publish({{u"type"_s, u"wakeup.result"_s},
                                {u"id"_s, id},
                                {u"ext"_s, ext},
                                {u"room"_s, roomNo},
@@ -81,6 +76,18 @@ TApiServer::TApiServer(TMain_Form &main, QObject *parent)
                                {u"answered"_s, state == 1}});
           });
   connect(&main.DeviceEvents(), &TDeviceEvents::Ext_UpdateRow, this, &TApiServer::StatusSeen);
+  connect(&main.FrontDesk(), &TFrontDesk::roomFinished, this, &TApiServer::SequenceEnded);
+}
+
+void TApiServer::WatchCallRecords(TUDPMainForm &udp) {
+  connect(&udp, &TUDPMainForm::conRecordReceived, this, [this](const TPBXConRecord &r) {
+    Publish({{u"type"_s, u"call.record"_s},
+                       {u"caller"_s, r.Caller},
+                       {u"called"_s, r.Called},
+                       {u"start"_s, ApiTime(r.startTime)},
+                       {u"recType"_s, r.RecType},
+                       {u"direction"_s, r.IOFlag}});
+  });
 }
 
 TApiServer::~TApiServer() = default;
@@ -101,22 +108,21 @@ quint16 TApiServer::Start(const QHostAddress &address, quint16 port, const QByte
     return 0;
   }
   m_expected = "Bearer " + token;
+  m_events = std::make_unique<TApiEvents>(m_expected);
   // A request past the cap (with its headers) is cut as it arrives, before
   // the server has read it whole; one under the cap with a large body still
   // gets its 413.
-  m_port = HttpAnswer::Listen(*m_http, address, port, kMaxBodyBytes + 16 * 1024, error);
+  HttpAnswer::Limits limits(kMaxBodyBytes + 16 * 1024);
+  limits.MaxConnections = kMaxConnections;
+  limits.IdleMs = IdleMs;
+  limits.Claims = &TApiEvents::AsksForEvents;
+  limits.Take = [this](QTcpSocket *socket) { m_events->Add(socket); };
+  m_port = HttpAnswer::Listen(*m_http, address, port, limits, error);
   return m_port;
 }
 
 bool TApiServer::Authorized(const QByteArray &authorization) const {
-  // Constant time: every byte of the expected value is compared whatever the
-  // length or the first difference of what came.
-  unsigned diff = unsigned(authorization.size() ^ m_expected.size());
-  for (qsizetype i = 0; i < m_expected.size(); ++i) {
-    const char got = i < authorization.size() ? authorization.at(i) : char(0);
-    diff |= unsigned(quint8(got) ^ quint8(m_expected.at(i)));
-  }
-  return diff == 0 && !m_expected.isEmpty();
+  return TokenMatches(authorization, m_expected);
 }
 
 void TApiServer::Serve(const QHttpServerRequest &request, QTcpSocket *socket) {
@@ -133,6 +139,15 @@ void TApiServer::Serve(const QHttpServerRequest &request, QTcpSocket *socket) {
       reply = {500, Error(u"internal error; see the console's log"_s)};
     }
   }
+  if (reply.Deferred) {
+    m_waiting.Socket = socket;
+    m_waiting.Close = HttpAnswer::WantsClose(request);
+    return;
+  }
+  Write(socket, reply, HttpAnswer::WantsClose(request));
+}
+
+void TApiServer::Write(QTcpSocket *socket, const Reply &reply, bool close) {
   HttpAnswer::Answer answer;
   answer.Status = reply.Status;
   if (reply.Status != 204) {
@@ -141,7 +156,7 @@ void TApiServer::Serve(const QHttpServerRequest &request, QTcpSocket *socket) {
   }
   if (reply.Status == 401)
     answer.Headers.append(qMakePair(QByteArray("WWW-Authenticate"), QByteArray("Bearer")));
-  HttpAnswer::Write(socket, answer, HttpAnswer::WantsClose(request));
+  HttpAnswer::Write(socket, answer, close);
 }
 
 TApiServer::Reply TApiServer::Route(const QHttpServerRequest &request) {
@@ -163,17 +178,23 @@ TApiServer::Reply TApiServer::Route(const QHttpServerRequest &request) {
     const QString &ext = parts.at(3);
     if (parts.size() == 4)
       return method == Method::Get ? Room(ext) : wrongMethod();
-    if (parts.size() == 5 && parts.at(4) == u"wakeup"_s) {
-      if (method == Method::Put || method == Method::Delete)
-        return WakeUp(ext, request, method == Method::Put);
-      return wrongMethod();
+    if (parts.size() == 5) {
+      const int id = DeviceOfExt(ext);
+      if (id < 0)
+        return {404, Error(u"no room with that extension"_s)};
+      return RoomWrite(id, parts.at(4), method, request.body());
     }
-    static const QStringList later = {u"dnd"_s, u"class"_s, u"memo"_s,
-                                      u"voicemail"_s, u"checkin"_s, u"checkout"_s};
-    if (parts.size() == 5 && later.contains(parts.at(4)))
-      return {501, Error(u"not available in this version"_s)};
   } else if (parts.size() == 3 && (what == u"calls"_s || what == u"wakeups"_s)) {
-    return {501, Error(u"not available in this version"_s)};
+    if (method != Method::Get)
+      return wrongMethod();
+    QString error;
+    const QUrlQuery query(request.url());
+    const QJsonObject page = what == u"calls"_s ? CallsPage(query, &error) : WakeUpsPage(query, &error);
+    if (!error.isEmpty())
+      return {400, Error(error)};
+    return {200, page};
+  } else if (parts.size() == 3 && what == u"classes"_s) {
+    return method == Method::Get ? Classes() : wrongMethod();
   } else if (parts.size() == 3 && what == u"events"_s) {
     return {400, Error(u"events are a WebSocket: connect with an upgrade"_s)};
   }
@@ -209,80 +230,25 @@ TApiServer::Reply TApiServer::Room(const QString &ext) {
   const int id = DeviceOfExt(ext);
   if (id < 0)
     return {404, Error(u"no room with that extension"_s)};
-  return {200,
-          RoomJson(*m_main.CallControlDev().Device(id),
-                   m_main.DeviceEvents().SrvClassNames.stringList())};
+  return RoomJsonOf(id);
 }
 
-bool TApiServer::BatchRunning() const {
-  // The first room of a batch has no time-out of its own: a walk whose
-  // answer never came counts as over after one step's time-out, so the API
-  // isn't shut out for good.
-  const QTimer &stepTimeout = m_main.BatchWalk().Timer_MultiProcess;
-  return stepTimeout.isActive() ||
-         (m_walkRunning && m_walkStep.isValid() && m_walkStep.elapsed() < stepTimeout.interval());
+TApiServer::Reply TApiServer::RoomJsonOf(int id) const {
+  return {200, RoomJson(*m_main.CallControlDev().Device(id),
+                        m_main.DeviceEvents().SrvClassNames.stringList())};
 }
 
-TApiServer::Reply TApiServer::WakeUp(const QString &ext, const QHttpServerRequest &request,
-                                     bool set) {
-  const int id = DeviceOfExt(ext);
-  if (id < 0)
-    return {404, Error(u"no room with that extension"_s)};
-  TPhoneTis &p = *m_main.CallControlDev().Device(id);
-  TMoringCall_Form::TWakeUpChange change;
-  change.ID = id;
-  change.Mode = qBound(1, p.LastExt.MoringCall_Mode, 3);
-  change.DailyTime = p.LastExt.MoringCall_EveryDay_Time;
-  if (set) {
-    TWakeUpBody body;
-    const QString why = ParseWakeUpBody(request.body(), Now(), &body);
-    if (!why.isEmpty())
-      return {400, Error(why)};
-    change.On = true;
-    change.When = body.When;
-    change.Mode = body.Mode;
-    change.Daily = body.Daily;
-    if (body.Daily)
-      change.DailyTime = body.When.TimePart();
-  }
-  // Nothing goes and nothing is stored unless the exchange can take it now.
-  if (SysParam().Connected == 0 || SysParam().MyID == kNoSession)
-    return {503, Error(u"the exchange link is down; nothing was sent"_s)};
-  if (!m_main.ServiceAllowed)
-    return {403, Error(u"the exchange bars guest-room actions at this console"_s)};
-  if (BatchRunning() || (m_main.ExtsView().RoomInSequence && m_main.ExtsView().RoomInSequence(id)))
-    return {409, Error(u"a batch or a check-in/out is running; try again when it is over"_s)};
-  // As the dialog opened afresh: an earlier batch's mark must not make the
-  // exchange's answer walk the checked rows again.
-  m_main.MoringCall_Form().MultiApply = false;
-  WriteLog(u"API: wake-up of %1 %2"_s.arg(ext, set ? DateTimeToStr(change.When) : u"off"_s));
-  try {
-    m_main.MoringCall_Form().ApplyWakeUp(change);
-  } catch (const EDatabaseError &e) {
-    WriteLog(u"API: wake-up of %1 sent but not stored: %2"_s.arg(ext, e.Message()));
-    return {500, Error(u"sent to the exchange, but the room's settings were not stored"_s)};
-  }
-  if (!set)
-    return {204, {}};
-  return {200, RoomJson(p, m_main.DeviceEvents().SrvClassNames.stringList())};
+TApiServer::Reply TApiServer::Classes() {
+  QJsonArray classes;
+  const QStringList items = m_main.DeviceEvents().SrvClassNames.stringList();
+  for (int number = 0; number < items.size(); ++number)
+    classes.append(QJsonObject{{u"number"_s, number}, {u"name"_s, ClassName(items.at(number))}});
+  return {200, {{u"classes"_s, classes}}};
 }
 
-void TApiServer::AcceptWebSockets() {
-  while (m_http->hasPendingWebSocketConnections()) {
-    std::unique_ptr<QWebSocket> socket = m_http->nextPendingWebSocketConnection();
-    const QNetworkRequest handshake = socket->request();
-    if (!Authorized(handshake.rawHeader("Authorization"))) {
-      socket->close(QWebSocketProtocol::CloseCodePolicyViolated, u"missing or wrong bearer token"_s);
-      socket.release()->deleteLater();
-      continue;
-    }
-    if (handshake.url().path(QUrl::FullyEncoded) != u"/api/v1/events"_s) {
-      socket->close(QWebSocketProtocol::CloseCodePolicyViolated, u"no such resource"_s);
-      socket.release()->deleteLater();
-      continue;
-    }
-    m_events->Add(std::move(socket));
-  }
+void TApiServer::Publish(QJsonObject event) {
+  if (m_events)
+    m_events->Publish(std::move(event));
 }
 
 void TApiServer::StatusSeen(int id) {
@@ -293,11 +259,11 @@ void TApiServer::StatusSeen(int id) {
   if (it != m_lastStatus.end() && it.value() == p->Status)
     return;
   m_lastStatus.insert(id, p->Status);
-  m_events->Publish(
+  Publish(
       {{u"type"_s, u"device.status"_s}, {u"id"_s, id}, {u"ext"_s, p->TelNos}, {u"status"_s, p->Status}});
 }
 
-std::unique_ptr<TApiServer> StartConfiguredApi(TMain_Form &main) {
+std::unique_ptr<TApiServer> StartConfiguredApi(TMain_Form &main, TUDPMainForm *udp) {
   const TSysConfig &c = SysConfig();
   if (!c.ApiEnabled)
     return nullptr;
@@ -306,6 +272,8 @@ std::unique_ptr<TApiServer> StartConfiguredApi(TMain_Form &main) {
   if (why.isEmpty() &&
       api->Start(QHostAddress(c.ApiListen), quint16(c.ApiPort), c.ApiToken.toUtf8(), &why) != 0) {
     WriteLog(u"API: listening on %1:%2"_s.arg(c.ApiListen).arg(api->Port()));
+    if (udp)
+      api->WatchCallRecords(*udp);
     return api;
   }
   WriteLog(u"API not started: "_s + why);

@@ -121,10 +121,10 @@ bool ConsoleProcess::Start(const QString &home, bool autoLogin, quint16 udpPort)
   if (!failed.isEmpty())
     WriteLog(u"Could not seed: "_s + failed.join(u", "_s));
   // Off unless [Api] enables it; a refusal is logged and shown, the console runs on.
-  m_api = StartConfiguredApi(*m_main);
+  m_api = StartConfiguredApi(*m_main, m_udp.get());
   connect(m_sysset.get(), &Tsysset_Form::apiChanged, this, [this] {
     m_api.reset();
-    m_api = StartConfiguredApi(*m_main);
+    m_api = StartConfiguredApi(*m_main, m_udp.get());
   });
 
   return true;

@@ -136,6 +136,7 @@ void TUDPMainForm::Event_PBX_ConRecord(const char *record) {
   r.RecType = GetI16(record, 62);
   r.startTime = Now(); // the exchange sends no time: the record is stamped on arrival
   Sys_DM().AddPBXConRecord(r);
+  emit conRecordReceived(r);
   // The log calls the number at 40 "assPhone", though it goes to Called and
   // assPhone stays empty.
   WriteLog(u"Event_PBX_ConRecord->ID:%1 Extnum:%2 assPhone:%3 "_s.arg(GetI16(record, 8))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "directory/SysDM_Unit.h"
 #include "support/FormLogic.h"
 
 #include <QByteArray>
@@ -8,6 +9,8 @@
 #include <QtGlobal>
 
 #include <functional>
+
+
 
 // The exchange's pushed events: a device's status change and a finished call's
 // record, each one UDP datagram with the usual header (type at 6, ID at 8, the
@@ -74,6 +77,8 @@ public:
 signals:
   // The listener could not start; the operator has seen the warning.
   void fatalBindError(const QString &text);
+  // A call record of the exchange arrived and went to the store's appends.
+  void conRecordReceived(const TPBXConRecord &record);
 
 private:
   void DeviceStatusDatagram(const char *header, const QByteArray &datagram);

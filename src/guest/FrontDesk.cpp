@@ -24,13 +24,31 @@ TFrontDesk::TFrontDesk(TCallControlDev &table, TNetModule &net, TExtsView &exts,
                        QObject *parent)
     : QObject(parent), m_table(table), m_net(net), m_exts(exts), m_walk(walk) {
   connect(&m_walk, &TBatchWalk::timedOut, this, [this] {
-    if (m_running)
-      Stop(u"交换机没有应答"_s);
+    if (m_running && !m_quiet)
+      Stop(u"交换机没有应答"_s, Outcome::NoAnswer);
   });
 }
 
 QString TFrontDesk::ActionText(Action action) {
-  return action == Action::CheckIn ? u"入住"_s : u"退房"_s;
+  switch (action) {
+  case Action::CheckIn:
+    return u"入住"_s;
+  case Action::CheckOut:
+    return u"退房"_s;
+  case Action::SetClass:
+    return u"服务级别设置"_s;
+  case Action::ClearVoiceMail:
+    return u"清除留言"_s;
+  }
+  return {};
+}
+
+int TFrontDesk::SettingsClass(Action action) const {
+  if (action == Action::CheckIn)
+    return SysConfig().OccupiedClass;
+  if (action == Action::CheckOut)
+    return SysConfig().VacantClass;
+  return -1;
 }
 
 QString TFrontDesk::ClassItem(int srvClass) const {
@@ -44,14 +62,20 @@ QString TFrontDesk::ClassItem(int srvClass) const {
 }
 
 QString TFrontDesk::Refusal(Action action) const {
+  return RefusalFor(action, SettingsClass(action));
+}
+
+QString TFrontDesk::RefusalFor(Action action, int srvClass) const {
   const QString what = ActionText(action);
   if (m_running)
     return u"正在办理%1,请等它结束。"_s.arg(ActionText(m_action));
   if (SysParam().MyID == kNoSession)
     return u"没有连接交换机: 房间没有%1,什么都没有改变。"_s.arg(what);
-  const int srvClass =
-      action == Action::CheckIn ? SysConfig().OccupiedClass : SysConfig().VacantClass;
-  const QString which = action == Action::CheckIn ? u"入住服务级别"_s : u"空房服务级别"_s;
+  if (action == Action::ClearVoiceMail)
+    return {};
+  const QString which = action == Action::CheckIn    ? u"入住服务级别"_s
+                        : action == Action::CheckOut ? u"空房服务级别"_s
+                                                     : u"服务级别"_s;
   if (srvClass < 0)
     return u"还没有设置%1: 请在 系统设置 的\"前台\"页选择。"_s.arg(which);
   if (!SrvClassItems || SrvClassItems().isEmpty())
@@ -59,6 +83,8 @@ QString TFrontDesk::Refusal(Action action) const {
   if (ClassItem(srvClass).isEmpty())
     return u"%1 %2 不在交换机的服务级别中: 请在 系统设置 的\"前台\"页重新选择。"_s.arg(which)
         .arg(srvClass + 1);
+  if (action == Action::SetClass)
+    return {};
   if (!m_exts.ADOQuery_Exts.Active() || !m_exts.ADOQuery_Exts.HasField(u"GuestName"_s))
     return u"数据库不能记录客人: 房间没有%1,日志里有原因。"_s.arg(what);
   return {};
@@ -127,14 +153,60 @@ bool TFrontDesk::Start(Action action, bool checkedRooms) {
       TheShell().Message(MessageKind::Warning, u"警告提示:请先选择!"_s);
     return false;
   }
-  m_action = action;
-  m_checkedRooms = checkedRooms;
-  m_class = action == Action::CheckIn ? SysConfig().OccupiedClass : SysConfig().VacantClass;
-  m_roomsDone.clear();
-  m_running = true;
+  Begin(action, SettingsClass(action), checkedRooms, false);
   StartRoom(first);
   m_walk.SendFirst(ActionText(action), first, [this](int) { SendStep(); });
   return true;
+}
+
+QString TFrontDesk::StartQuietly(Action action, int id, const CheckInValues &values,
+                                 int srvClass) {
+  if (srvClass < 0)
+    srvClass = SettingsClass(action);
+  if (QString refusal = RefusalFor(action, srvClass); !refusal.isEmpty())
+    return refusal;
+  if (!m_table.Device(id))
+    return u"没有这个分机"_s;
+  m_values = values;
+  m_values.GuestName = values.GuestName.simplified();
+  if (m_values.GuestName.size() > kGuestNameMax)
+    return u"客人姓名太长: 最多 %1 个字"_s.arg(kGuestNameMax);
+  Begin(action, srvClass, false, true);
+  StartRoom(id);
+  WriteLog(u"%1 of %2 started by the automation API"_s.arg(ActionText(action), RoomText(id)));
+  SendStep();
+  return {};
+}
+
+void TFrontDesk::Begin(Action action, int srvClass, bool checkedRooms, bool quiet) {
+  m_action = action;
+  m_checkedRooms = checkedRooms;
+  m_quiet = quiet;
+  m_class = srvClass;
+  m_roomsDone.clear();
+  m_running = true;
+}
+
+// A quiet sequence keeps out of the batch's timer, whose time-out speaks to
+// the operator; it has its own of the same length.
+QTimer &TFrontDesk::StepTimer() {
+  if (!m_quiet)
+    return m_walk.Timer_MultiProcess;
+  if (!m_quietTimer) {
+    m_quietTimer = new QTimer(this);
+    m_quietTimer->setSingleShot(true);
+    m_quietTimer->setInterval(m_walk.Timer_MultiProcess.interval());
+    connect(m_quietTimer, &QTimer::timeout, this, [this] {
+      if (m_running && m_quiet)
+        Stop(u"交换机没有应答"_s, Outcome::NoAnswer);
+    });
+  }
+  return *m_quietTimer;
+}
+
+void TFrontDesk::Say(MessageKind kind, const QString &text) const {
+  if (!m_quiet)
+    TheShell().Message(kind, text);
 }
 
 void TFrontDesk::StartRoom(int id) {
@@ -144,6 +216,10 @@ void TFrontDesk::StartRoom(int id) {
   // leaves the room as it was.
   if (m_action == Action::CheckOut) {
     m_steps = {Step::ClassSet, Step::VoiceMailClear, Step::NoDisturbOff, Step::WakeCancel};
+  } else if (m_action == Action::SetClass) {
+    m_steps = {Step::ClassSet};
+  } else if (m_action == Action::ClearVoiceMail) {
+    m_steps = {Step::VoiceMailClear};
   } else {
     m_steps = {Step::ClassSet};
     if (m_values.WakeUp)
@@ -153,8 +229,8 @@ void TFrontDesk::StartRoom(int id) {
 
 void TFrontDesk::SendStep() {
   // Every request of a sequence is guarded, the room's first included.
-  m_walk.Timer_MultiProcess.stop();
-  m_walk.Timer_MultiProcess.start();
+  StepTimer().stop();
+  StepTimer().start();
   const int id = m_room;
   switch (m_steps.first()) {
   case Step::ClassSet:
@@ -227,7 +303,7 @@ bool TFrontDesk::Answer(int type, const char *w) {
 }
 
 void TFrontDesk::StepAnswered() {
-  m_walk.Timer_MultiProcess.stop();
+  StepTimer().stop();
   m_stepsDone << StepText(m_steps.takeFirst());
   if (!m_steps.isEmpty()) {
     SendStep();
@@ -240,17 +316,17 @@ void TFrontDesk::RoomDone() {
   try {
     CommitRoom();
   } catch (const std::exception &error) {
-    Stop(u"数据库写入失败: "_s + QString::fromUtf8(error.what()));
+    Stop(u"数据库写入失败: "_s + QString::fromUtf8(error.what()), Outcome::NotStored);
     return;
   }
   m_roomsDone << RoomText(m_room);
+  emit roomFinished(m_room, m_action, Outcome::Done, QString());
   if (!m_checkedRooms) {
     const QString summary = u"%1 done: %2, by %3"_s.arg(ActionText(m_action), m_roomsDone.first(),
                                                         SysParam().MyTelNo);
     m_running = false;
     WriteLog(summary);
-    TheShell().Message(MessageKind::Information,
-                       u"%1完成: %2"_s.arg(ActionText(m_action), m_roomsDone.first()));
+    Say(MessageKind::Information, u"%1完成: %2"_s.arg(ActionText(m_action), m_roomsDone.first()));
     emit finished(summary);
     return;
   }
@@ -273,6 +349,15 @@ void TFrontDesk::RoomDone() {
 
 void TFrontDesk::CommitRoom() {
   TPhoneTis *p = m_table.Device(m_room);
+  if (m_action == Action::SetClass || m_action == Action::ClearVoiceMail) {
+    // The class was taken into the device with the exchange's answer; the
+    // voice mail shows cleared when the exchange's next status says so.
+    if (p && m_action == Action::SetClass) {
+      p->LiveUpdate = false;
+      m_exts.Ext_UpdateRow(m_room);
+    }
+    return;
+  }
   const bool in = m_action == Action::CheckIn;
   m_exts.Exts_Write(m_room, [&](TADOQuery &q) {
     q.SetString(u"GuestName"_s, in ? m_values.GuestName : QString());
@@ -306,8 +391,8 @@ void TFrontDesk::CommitRoom() {
   Sys_DM().AddRoomHistory(row);
 }
 
-void TFrontDesk::Stop(const QString &why) {
-  m_walk.Timer_MultiProcess.stop();
+void TFrontDesk::Stop(const QString &why, Outcome outcome) {
+  StepTimer().stop();
   m_running = false;
   const QString what = ActionText(m_action);
   const QString room = RoomText(m_room);
@@ -322,7 +407,8 @@ void TFrontDesk::Stop(const QString &why) {
                                                                                      why, partial);
   if (!m_roomsDone.isEmpty())
     text += u"\n已完成%1的房间: %2"_s.arg(what, m_roomsDone.join(u", "_s));
-  TheShell().Message(MessageKind::Error, text);
+  Say(MessageKind::Error, text);
+  emit roomFinished(m_room, m_action, outcome, why);
   emit finished(summary);
 }
 

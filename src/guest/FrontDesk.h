@@ -6,9 +6,11 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QTimer>
 
 #include <functional>
 
+enum class MessageKind;
 class TBatchWalk;
 class TCallControlDev;
 class TExtsView;
@@ -38,8 +40,14 @@ public:
     int WakeUpMode = 1; // 1..3
   };
 
-  enum class Action { CheckIn, CheckOut };
-  static QString ActionText(Action action); // "入住", "退房"
+  // Check-in and check-out; the automation API also sets a room's class and
+  // clears its voice mail through the same one-room sequence, so that it learns
+  // whether the exchange took the request.
+  enum class Action { CheckIn, CheckOut, SetClass, ClearVoiceMail };
+  static QString ActionText(Action action); // "入住", "退房", ...
+
+  // How a room's sequence ended.
+  enum class Outcome { Done, Refused, NoAnswer, NotStored };
 
   // Start a sequence; false (and the operator told why) when it can't start,
   // in which case nothing was sent and nothing changed.
@@ -47,6 +55,12 @@ public:
   // The menu's check-out: asks first, naming how many rooms it resets.
   bool AskAndCheckOut(bool checkedRooms);
   bool CheckIn(const CheckInValues &values, bool checkedRooms);
+
+  // One room for the automation API: nothing is asked or shown on the desk,
+  // the sequence has its own time-out instead of the batch's, and the outcome
+  // comes as roomFinished. `srvClass` -1 takes the class the settings name for
+  // the action. Empty when it started; else why not, and nothing was sent.
+  QString StartQuietly(Action action, int id, const CheckInValues &values, int srvClass = -1);
 
   // Whether a start would be refused now, and why; empty when it wouldn't.
   QString Refusal(Action action) const;
@@ -66,16 +80,24 @@ public:
 signals:
   // The sequence ended, done or not; `summary` is its log line.
   void finished(const QString &summary);
+  // One room's sequence ended; `why` says what stopped it.
+  void roomFinished(int id, TFrontDesk::Action action, TFrontDesk::Outcome outcome,
+                    const QString &why);
 
 private:
   enum class Step { ClassSet, VoiceMailClear, NoDisturbOff, WakeCancel, WakeSet };
+  QString RefusalFor(Action action, int srvClass) const;
+  int SettingsClass(Action action) const;
   bool Start(Action action, bool checkedRooms);
+  void Begin(Action action, int srvClass, bool checkedRooms, bool quiet);
+  QTimer &StepTimer();
+  void Say(MessageKind kind, const QString &text) const;
   void StartRoom(int id);
   void SendStep();
   void StepAnswered();
   void RoomDone();
   void CommitRoom();
-  void Stop(const QString &why);
+  void Stop(const QString &why, Outcome outcome = Outcome::Refused);
   QString StepText(Step step) const;
   QString RoomText(int id) const;
 
@@ -86,6 +108,8 @@ private:
 
   bool m_running = false;
   bool m_checkedRooms = false;
+  bool m_quiet = false;
+  QTimer *m_quietTimer = nullptr; // the quiet sequence's step time-out
   Action m_action = Action::CheckOut;
   CheckInValues m_values;
   int m_class = -1;

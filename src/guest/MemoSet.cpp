@@ -16,10 +16,14 @@ TForm_MemoSet::TForm_MemoSet(TCallControlDev &table, TExtsView &exts, QObject *p
 }
 
 QString TForm_MemoSet::Memo_Memo_Text() const {
-  if (Memo_Memo.isEmpty())
+  return MemoText(Memo_Memo);
+}
+
+QString TForm_MemoSet::MemoText(const QString &lines) {
+  if (lines.isEmpty())
     return {};
   static const QRegularExpression lineEnd(u"\r\n|\n|\r"_s);
-  return Memo_Memo.split(lineEnd).join(u"\r\n"_s) + u"\r\n"_s;
+  return lines.split(lineEnd).join(u"\r\n"_s) + u"\r\n"_s;
 }
 
 void TForm_MemoSet::tefxButton_MemoSetClick() {
@@ -46,8 +50,7 @@ void TForm_MemoSet::OpenFor(int id) {
   Show();
 }
 
-void TForm_MemoSet::WriteMemo(int id) {
-  const QString text = Memo_Memo_Text();
+void TForm_MemoSet::WriteMemo(int id, const QString &text) {
   m_exts.Exts_Write(id, [&](TADOQuery &q) { q.SetString(u"Memo"_s, text); });
   if (TPhoneTis *p = m_table.Device(id))
     p->LiveUpdate = false;
@@ -60,7 +63,7 @@ void TForm_MemoSet::TeButton_MemoSet_ApplyClick() {
   MultiApply = false;
   bool done = false;
   RunGuarded([&] {
-    WriteMemo(Target);
+    WriteMemo(Target, Memo_Memo_Text());
     done = true;
   });
   if (done)
@@ -93,7 +96,7 @@ void TForm_MemoSet::TeButton_MemoSet_ApplyMultiClick() {
       g.SetCurrentSlot(slot);
     RunGuarded([&] {
       try {
-        WriteMemo(id);
+        WriteMemo(id, Memo_Memo_Text());
       } catch (...) {
         done = false;
         throw;

@@ -20,6 +20,8 @@ public:
   // What the box hands on: every line with its line end, so a one-line memo
   // ends in one too; an empty box is empty.
   QString Memo_Memo_Text() const;
+  // The stored form of the lines: each with its line end.
+  static QString MemoText(const QString &lines);
   bool TeButton_MemoSet_Apply_Enabled = true;
   bool TeButton_MemoSet_ApplyMulti_Enabled = true;
   bool MultiApply = false;
@@ -35,8 +37,9 @@ public:
   void TeButton2Click(); // cancel
   void SetServiceAllowed(bool allowed);
 
-private:
-  void WriteMemo(int id);
+  // The room's memo in Exts and on its grid row; a store error rises as
+  // EDatabaseError. The apply keys and the automation API write through it.
+  void WriteMemo(int id, const QString &text);
 
   TCallControlDev &m_table;
   TExtsView &m_exts;

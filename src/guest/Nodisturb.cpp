@@ -31,6 +31,11 @@ void TNodisturb::Send(int id, int mode, bool multiTask) {
 }
 
 void TNodisturb::Execute_Nodisturb_SingleTask_Pro(const TExt_Record &vExt) {
+  StoreWindows(vExt);
+  Execute_Nodisturb_SingleTask(vExt.NoDisturbMode);
+}
+
+void TNodisturb::StoreWindows(const TExt_Record &vExt) {
   // Checks, starts, ends: the order the room's row has always been written in.
   m_exts.Exts_Write(vExt.ID, [&vExt](TADOQuery &q) {
     q.SetBoolean(u"NoDisturb_Time1_Checked"_s, vExt.NoDisturb_Time1_Checked);
@@ -43,7 +48,6 @@ void TNodisturb::Execute_Nodisturb_SingleTask_Pro(const TExt_Record &vExt) {
     q.SetDateTime(u"NoDisturb_Time2_End"_s, vExt.NoDisturb_Time2_End);
     q.SetDateTime(u"NoDisturb_Time3_End"_s, vExt.NoDisturb_Time3_End);
   });
-  Execute_Nodisturb_SingleTask(vExt.NoDisturbMode);
 }
 
 void TNodisturb::Execute_Nodisturb_SingleTask(int mode) {

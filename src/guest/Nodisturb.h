@@ -18,6 +18,8 @@ public:
 
   // Writes the room's three windows to Exts, then sends its mode.
   void Execute_Nodisturb_SingleTask_Pro(const TExt_Record &vExt);
+  // Only the Exts write of the three windows.
+  void StoreWindows(const TExt_Record &vExt);
   // The mode for the grid's current row; a single command ends a running
   // do-not-disturb batch.
   void Execute_Nodisturb_SingleTask(int mode);

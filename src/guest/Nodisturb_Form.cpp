@@ -87,6 +87,16 @@ void TForm_Nodisturb::TeButton_Nodisturb_ApplyClick() {
     Close();
 }
 
+bool TForm_Nodisturb::ApplyTo(int id) {
+  MultiApply = false;
+  if (!WriteInto(id))
+    return false;
+  const TExt_Record vExt = m_table.Device(id)->LastExt;
+  m_nodisturb.StoreWindows(vExt);
+  m_nodisturb.Execute_Nodisturb_SingleTask2(id, vExt.NoDisturbMode);
+  return true;
+}
+
 void TForm_Nodisturb::TeButton_Nodisturb_ApplyMultiClick() {
   if (!TeButton_Nodisturb_ApplyMulti_Enabled)
     return;

@@ -47,6 +47,13 @@ public:
   void TeButton2Click(); // cancel
   void SetServiceAllowed(bool allowed);
 
+  // The automation API's apply to one room, whatever row the grid is on: the
+  // dialog's fields as they stand (filled by OpenFor's rules or by the
+  // caller) into the device, the windows into Exts, then the mode to the
+  // exchange. False (logged) for an unknown device; a store error rises as
+  // EDatabaseError before anything is sent.
+  bool ApplyTo(int id);
+
 private:
   // The dialog's mode and windows into the device and the row it last showed.
   bool WriteInto(int id);

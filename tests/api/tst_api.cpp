@@ -5,7 +5,9 @@
 
 #include "api/ApiEvents.h"
 #include "api/ApiServer.h"
+#include "guest/BatchWalk.h"
 #include "guest/MoringCall_Unit.h"
+#include "devices/CallControlDev.h"
 
 #include <QHostAddress>
 #include <QJsonArray>
@@ -55,6 +57,32 @@ struct ApiDesk : RingingDesk {
     }
     return sent;
   }
+  int Sent(qint16 typeCode) const {
+    const QList<SimPacket> received = sim.Received();
+    return int(std::count_if(received.begin(), received.end(),
+                             [typeCode](const SimPacket &p) { return p.TypeCode == typeCode; }));
+  }
+  // A subscriber of the events, with what it has seen so far.
+  struct Subscriber {
+    QWebSocket socket;
+    QList<QJsonObject> events;
+    QJsonObject First(const QString &type) const {
+      for (const QJsonObject &e : events) {
+        if (e.value(u"type"_s) == type)
+          return e;
+      }
+      return {};
+    }
+  };
+  bool Subscribe(Subscriber &s) {
+    QObject::connect(&s.socket, &QWebSocket::textMessageReceived, &s.socket,
+            [&s](const QString &m) { s.events << QJsonDocument::fromJson(m.toUtf8()).object(); });
+    QNetworkRequest request(QUrl(u"ws://127.0.0.1:%1/api/v1/events"_s.arg(api.Port())));
+    request.setRawHeader("Authorization", "Bearer " + kToken);
+    const int before = api.Events().Subscribers();
+    s.socket.open(request);
+    return QTest::qWaitFor([&] { return api.Events().Subscribers() == before + 1; }, 5000);
+  }
 };
 } // namespace
 
@@ -85,7 +113,20 @@ private slots:
     QTest::newRow("unknown field") << kToken << QByteArray("PUT") << u"/api/v1/rooms/8002/wakeup"_s << QByteArray(R"({"time":"2027-01-03T07:00","x":1})") << 400;
     QTest::newRow("body too large") << kToken << QByteArray("PUT") << u"/api/v1/rooms/8002/wakeup"_s << QByteArray(70000, ' ') << 413;
     QTest::newRow("request cut on arrival") << kToken << QByteArray("PUT") << u"/api/v1/rooms/8002/wakeup"_s << QByteArray(1 << 20, ' ') << 0;
-    QTest::newRow("not yet built") << kToken << QByteArray("PUT") << u"/api/v1/rooms/8002/dnd"_s << QByteArray("{}") << 501;
+    QTest::newRow("dnd mode unknown") << kToken << QByteArray("PUT") << u"/api/v1/rooms/8002/dnd"_s << QByteArray(R"({"mode":4})") << 400;
+    QTest::newRow("dnd window not a time") << kToken << QByteArray("PUT") << u"/api/v1/rooms/8002/dnd"_s << QByteArray(R"({"mode":1,"windows":[{"start":"25:00","end":"06:00","on":true}]})") << 400;
+    QTest::newRow("dnd four windows") << kToken << QByteArray("PUT") << u"/api/v1/rooms/8002/dnd"_s << QByteArray(R"({"mode":1,"windows":[{},{},{},{}]})") << 400;
+    QTest::newRow("class out of range") << kToken << QByteArray("PUT") << u"/api/v1/rooms/8002/class"_s << QByteArray(R"({"class":9})") << 400;
+    QTest::newRow("class a fraction") << kToken << QByteArray("PUT") << u"/api/v1/rooms/8002/class"_s << QByteArray(R"({"class":1.5})") << 400;
+    QTest::newRow("memo too long") << kToken << QByteArray("PUT") << u"/api/v1/rooms/8002/memo"_s << QByteArray(R"({"memo":")" + QByteArray(2001, 'x') + R"("})") << 400;
+    QTest::newRow("check-in without guest") << kToken << QByteArray("POST") << u"/api/v1/rooms/8002/checkin"_s << QByteArray(R"({"class":1})") << 400;
+    QTest::newRow("voice mail with a body") << kToken << QByteArray("DELETE") << u"/api/v1/rooms/8002/voicemail"_s << QByteArray(R"({"x":1})") << 400;
+    QTest::newRow("check-out by GET") << kToken << QByteArray("GET") << u"/api/v1/rooms/8002/checkout"_s << QByteArray() << 405;
+    QTest::newRow("unknown room part") << kToken << QByteArray("PUT") << u"/api/v1/rooms/8002/minibar"_s << QByteArray("{}") << 404;
+    QTest::newRow("calls page zero") << kToken << QByteArray("GET") << u"/api/v1/calls?page=0"_s << QByteArray() << 400;
+    QTest::newRow("calls number with a quote") << kToken << QByteArray("GET") << u"/api/v1/calls?number=1%27%20OR%20%271%27=%271"_s << QByteArray() << 400;
+    QTest::newRow("wake-ups bad time") << kToken << QByteArray("GET") << u"/api/v1/wakeups?from=yesterday"_s << QByteArray() << 400;
+    QTest::newRow("wake-ups bad state") << kToken << QByteArray("GET") << u"/api/v1/wakeups?state=maybe"_s << QByteArray() << 400;
   }
   void refusals() {
     QFETCH(QByteArray, token);
@@ -176,7 +217,7 @@ private slots:
     request.setRawHeader("Authorization", "Bearer " + kToken);
     client.open(request);
     QTRY_COMPARE(client.state(), QAbstractSocket::ConnectedState);
-    QCOMPARE(d.api.Events().Subscribers(), 1);
+    QTRY_COMPARE(d.api.Events().Subscribers(), 1);
     intruder.open(QNetworkRequest(QUrl(u"ws://127.0.0.1:%1/api/v1/events"_s.arg(d.api.Port()))));
     QTRY_COMPARE(intruderClosed.size(), 1);
     QCOMPARE(d.api.Events().Subscribers(), 1);
@@ -196,6 +237,151 @@ private slots:
     QCOMPARE(result().value(u"ext"_s).toString(), u"8002"_s);
     QCOMPARE(result().value(u"answered"_s).toBool(), false);
     QVERIFY(result().value(u"seq"_s).toInt() >= 1);
+  }
+
+  // Each room write goes through its dialog's logic: the exchange gets the
+  // packet, the store the room's columns, and an answer the exchange gives
+  // is waited for. Check-in and check-out are events as well.
+  void roomWrites() {
+    ApiDesk d;
+    d.sim.SetServiceClassNames({u"无限制"_s, u"客房"_s, u"空房"_s});
+    QVERIFY(d.Begin());
+    ApiDesk::Subscriber events;
+    QVERIFY(d.Subscribe(events));
+    QJsonObject room;
+    QCOMPARE(d.Ask("GET", u"/api/v1/classes"_s, {}, kToken, &room), 200);
+    QCOMPARE(room.value(u"classes"_s)[2][u"name"_s].toString(), u"空房"_s);
+
+    QCOMPARE(d.Ask("PUT", u"/api/v1/rooms/8002/dnd"_s,
+                   R"({"mode":2,"windows":[{"start":"22:00","end":"23:30","on":true}]})", kToken,
+                   &room),
+             200);
+    QTRY_COMPARE(d.Sent(24), 1);
+    QCOMPARE(GuestDesk::Column(u"select NoDisturb_Time1_Checked + 2 * NoDisturb_Time2_Checked "
+                               u"from Exts where portID = 1"_s),
+             QStringList{u"1"_s});
+    QCOMPARE(room.value(u"dnd"_s)[u"windows"_s][0][u"start"_s].toString(), u"22:00"_s);
+
+    const QString memo = u"晚到; it's \"late\"\nsecond line"_s;
+    QCOMPARE(d.Ask("PUT", u"/api/v1/rooms/8002/memo"_s,
+                   QJsonDocument(QJsonObject{{u"memo"_s, memo}}).toJson(), kToken, &room),
+             200);
+    QCOMPARE(GuestDesk::Column(u"select Memo from Exts where portID = 1"_s),
+             QStringList{u"晚到; it's \"late\"\r\nsecond line\r\n"_s});
+
+    QCOMPARE(d.Ask("PUT", u"/api/v1/rooms/8002/class"_s, R"({"class":1})", kToken, &room), 200);
+    QCOMPARE(d.Sent(22), 1);
+    QCOMPARE(room.value(u"class"_s)[u"name"_s].toString(), u"客房"_s);
+    d.sim.SetSrvClassResult(u"000001"_s);
+    QCOMPARE(d.Ask("PUT", u"/api/v1/rooms/8002/class"_s, R"({"class":0})", kToken, &room), 502);
+    QCOMPARE(d.main.CallControlDev().Device(1)->SrvClass, 1);
+    d.sim.SetSrvClassResult(u"000000"_s);
+
+    QCOMPARE(d.Ask("DELETE", u"/api/v1/rooms/8002/voicemail"_s), 204);
+    QCOMPARE(d.Sent(40), 1);
+
+    QCOMPARE(d.Ask("POST", u"/api/v1/rooms/8002/checkin"_s, R"({"guest":"Ann Lee","class":1})",
+                   kToken, &room),
+             200);
+    QCOMPARE(room.value(u"guest"_s).toString(), u"Ann Lee"_s);
+    QVERIFY(room.value(u"occupied"_s).toBool());
+    // Check-out takes the vacant class of the settings; without one it is refused.
+    SysConfig().VacantClass = -1;
+    QCOMPARE(d.Ask("POST", u"/api/v1/rooms/8002/checkout"_s), 409);
+    SysConfig().VacantClass = 2;
+    QCOMPARE(d.Ask("POST", u"/api/v1/rooms/8002/checkout"_s, {}, kToken, &room), 200);
+    QCOMPARE(room.value(u"occupied"_s).toBool(), false);
+    QCOMPARE(room.value(u"memo"_s).toString(), QString());
+    QCOMPARE(GuestDesk::Column(u"select Action from RoomHistory order by ID"_s),
+             (QStringList{u"入住"_s, u"退房"_s}));
+    QTRY_VERIFY(!events.First(u"room.checkout"_s).isEmpty());
+    QCOMPARE(events.First(u"room.checkin"_s).value(u"guest"_s).toString(), u"Ann Lee"_s);
+    QVERIFY(events.First(u"room.checkout"_s).value(u"done"_s).toBool());
+    // Nothing of this asked or told the operator anything.
+    QVERIFY(d.shell.Messages.isEmpty());
+  }
+
+  // A silent exchange: the check-in's answer is a 504 after the step's
+  // time-out, and the room stays as it was.
+  void silentExchangeAnswers504() {
+    ApiDesk d;
+    d.sim.SetServiceClassNames({u"无限制"_s, u"客房"_s});
+    QVERIFY(d.Begin());
+    d.main.BatchWalk().Timer_MultiProcess.setInterval(200);
+    d.sim.HoldAnswers(22);
+    QCOMPARE(d.Ask("POST", u"/api/v1/rooms/8002/checkin"_s, R"({"guest":"B","class":1})"), 504);
+    QCOMPARE(GuestDesk::Column(u"select Occupied from Exts where portID = 1"_s),
+             QStringList{u"0"_s});
+  }
+
+  // The record reads page newest first with their count; the values of the
+  // query only ever go to the store bound.
+  void callsAndWakeUpsArePaged() {
+    ApiDesk d;
+    QVERIFY(d.Begin());
+    for (int i = 0; i < 120; ++i) {
+      TPBXConRecord r;
+      r.Caller = i % 2 ? u"8001"_s : u"13900%1"_s.arg(i, 3, 10, QChar(u'0'));
+      r.Called = u"8002"_s;
+      r.startTime = TDateTime::FromQDateTime(QDateTime(kDay, QTime(8, 0)).addSecs(60 * i));
+      r.RecType = 1;
+      Sys_DM().AddPBXConRecord(r);
+    }
+    TMoringCallLog w;
+    w.RoomNo = u"302"_s;
+    w.Ext = u"8002"_s;
+    w.MoringCallTime = TDateTime::FromQDateTime(QDateTime(kDay, QTime(7, 0)));
+    w.State = 2;
+    Sys_DM().AddMoringCallLog(w);
+    QJsonObject page;
+    QCOMPARE(d.Ask("GET", u"/api/v1/calls?page=3"_s, {}, kToken, &page), 200);
+    QCOMPARE(page.value(u"count"_s).toInt(), 120);
+    QCOMPARE(page.value(u"calls"_s).toArray().size(), 20);
+    QCOMPARE(page.value(u"calls"_s)[0][u"start"_s].toString(), u"2027-01-03T08:19:00"_s);
+    QCOMPARE(d.Ask("GET", u"/api/v1/calls?number=13900&from=2027-01-03T09:00&to=2027-01-03"_s,
+                   {}, kToken, &page),
+             200);
+    QCOMPARE(page.value(u"count"_s).toInt(), 30);
+    QCOMPARE(d.Ask("GET", u"/api/v1/wakeups?room=302&state=failed"_s, {}, kToken, &page), 200);
+    QCOMPARE(page.value(u"wakeups"_s).toArray().size(), 1);
+    QCOMPARE(page.value(u"wakeups"_s)[0][u"answered"_s].toBool(), false);
+    QCOMPARE(d.Ask("GET", u"/api/v1/wakeups?room=8002%27--&state=failed"_s, {}, kToken, &page), 200);
+    QCOMPARE(page.value(u"count"_s).toInt(), 0);
+  }
+
+  // A received call record is an event.
+  void callRecordsAreEvents() {
+    ApiDesk d;
+    QVERIFY(d.Begin());
+    d.api.WatchCallRecords(d.udp);
+    d.udp.SetLoggedIn(true);
+    ApiDesk::Subscriber events;
+    QVERIFY(d.Subscribe(events));
+    d.sim.SendCallRecord(u"8002"_s, u"13912345678"_s);
+    QTRY_VERIFY(!events.First(u"call.record"_s).isEmpty());
+    QCOMPARE(events.First(u"call.record"_s).value(u"called"_s).toString(), u"13912345678"_s);
+  }
+
+  // Connections that hold the API without asking anything are closed, and
+  // past the limit new ones are closed at once; the API still answers.
+  void idleAndExcessConnections() {
+    ApiDesk d;
+    d.api.IdleMs = 300;
+    QVERIFY(d.Begin());
+    QTcpSocket silent;
+    silent.connectToHost(QHostAddress::LocalHost, d.api.Port());
+    QTRY_COMPARE(silent.state(), QAbstractSocket::ConnectedState);
+    QTRY_COMPARE_WITH_TIMEOUT(silent.state(), QAbstractSocket::UnconnectedState, 5000);
+    std::vector<std::unique_ptr<QTcpSocket>> held;
+    for (int i = 0; i < TApiServer::kMaxConnections + 5; ++i) {
+      held.push_back(std::make_unique<QTcpSocket>());
+      held.back()->connectToHost(QHostAddress::LocalHost, d.api.Port());
+    }
+    QTRY_VERIFY(std::count_if(held.begin(), held.end(), [](const auto &s) {
+                  return s->state() == QAbstractSocket::UnconnectedState;
+                }) >= 5);
+    held.clear();
+    QCOMPARE(d.Ask("GET", u"/api/v1/rooms"_s), 200);
   }
 
   // Enabled with a token too short to guard the house: not started, and the

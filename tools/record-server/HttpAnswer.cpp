@@ -4,6 +4,9 @@
 #include <QHttpServerRequest>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTimer>
+
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -13,11 +16,14 @@ namespace {
 
 // Bytes a connection has sent since its last answer.
 constexpr char kPendingBytes[] = "trunkdeskPendingBytes";
+// Set once a connection's first bytes were looked at.
+constexpr char kSeen[] = "trunkdeskSeen";
 
-// Hands out sockets that count what their request sends and are cut past the cap.
+// Hands out sockets that count what their request sends and are cut past the
+// cap, up to a number of them at once, each closed when idle too long.
 class CappedTcpServer : public QTcpServer {
 public:
-  CappedTcpServer(qint64 cap, QObject *parent) : QTcpServer(parent), Cap(cap) {}
+  CappedTcpServer(const Limits &limits, QObject *parent) : QTcpServer(parent), m_limits(limits) {}
 
 protected:
   void incomingConnection(qintptr descriptor) override {
@@ -26,9 +32,36 @@ protected:
       delete socket;
       return;
     }
+    if (m_open >= m_limits.MaxConnections) {
+      if (!m_fullNoted)
+        qWarning().noquote() << u"%1 connections open; more are closed as they come"_s.arg(m_open);
+      m_fullNoted = true;
+      socket->abort();
+      socket->deleteLater();
+      return;
+    }
+    ++m_open;
+    connect(socket, &QObject::destroyed, this, [this] {
+      --m_open;
+      m_fullNoted = false;
+    });
     // Connected before the HTTP server's own reader, so this runs first and
-    // sees each arrival before it is read.
-    connect(socket, &QTcpSocket::readyRead, socket, [socket, cap = Cap] {
+    // sees each arrival before it is read. The server drops every connection
+    // of a socket it hands to its WebSocket side, this one with them.
+    const auto reading = std::make_shared<QMetaObject::Connection>();
+    *reading = connect(socket, &QTcpSocket::readyRead, socket, [this, socket, cap = m_limits.MaxRequestBytes] {
+      if (m_limits.Claims && !socket->property(kSeen).toBool()) {
+        socket->setProperty(kSeen, true);
+        if (m_limits.Claims(socket->peek(64))) {
+          // Every connection of the socket goes now, the HTTP server's
+          // reader after this one with them, so it never reads these bytes.
+          // The socket changes hands once its signal is over.
+          socket->disconnect();
+          QMetaObject::invokeMethod(this, [this, socket] { HandOver(socket); },
+                                    Qt::QueuedConnection);
+          return;
+        }
+      }
       const qint64 pending =
           socket->property(kPendingBytes).toLongLong() + socket->bytesAvailable();
       socket->setProperty(kPendingBytes, pending);
@@ -39,11 +72,41 @@ protected:
         QMetaObject::invokeMethod(socket, &QTcpSocket::abort, Qt::QueuedConnection);
       }
     });
+    if (m_limits.IdleMs > 0)
+      WatchIdle(socket, reading);
     addPendingConnection(socket);
   }
 
 private:
-  qint64 Cap;
+  void HandOver(QTcpSocket *socket) {
+    qDeleteAll(socket->findChildren<QTimer *>(Qt::FindDirectChildrenOnly));
+    --m_open;
+    m_fullNoted = false;
+    socket->setParent(nullptr);
+    m_limits.Take(socket);
+  }
+
+  void WatchIdle(QTcpSocket *socket, const std::shared_ptr<QMetaObject::Connection> &reading) {
+    auto *idle = new QTimer(socket);
+    idle->setSingleShot(true);
+    idle->setInterval(m_limits.IdleMs);
+    const auto busy = [idle] { idle->start(); };
+    connect(socket, &QTcpSocket::readyRead, idle, busy);
+    connect(socket, &QTcpSocket::bytesWritten, idle, busy);
+    connect(idle, &QTimer::timeout, socket, [socket, idle, reading] {
+      // A WebSocket now: its own side decides when it ends.
+      if (!*reading) {
+        idle->deleteLater();
+        return;
+      }
+      socket->abort();
+    });
+    idle->start();
+  }
+
+  Limits m_limits;
+  int m_open = 0;
+  bool m_fullNoted = false;
 };
 
 } // namespace
@@ -107,8 +170,8 @@ bool WantsClose(const QHttpServerRequest &request) {
 }
 
 quint16 Listen(QAbstractHttpServer &server, const QHostAddress &address, quint16 port,
-               qint64 maxRequestBytes, QString *error) {
-  auto *tcp = new CappedTcpServer(maxRequestBytes, &server);
+               const Limits &limits, QString *error) {
+  auto *tcp = new CappedTcpServer(limits, &server);
   if (!tcp->listen(address, port)) {
     if (error)
       *error =

@@ -13,6 +13,8 @@
 #include <QPair>
 #include <QString>
 
+#include <functional>
+
 class QAbstractHttpServer;
 class QHttpServerRequest;
 class QTcpSocket;
@@ -34,10 +36,28 @@ QByteArray ReasonPhrase(int status);
 void Write(QTcpSocket *socket, const Answer &answer, bool close);
 bool WantsClose(const QHttpServerRequest &request);
 
-// Listens on address:port and binds `server` to it. A connection whose one
-// request grows beyond `maxRequestBytes` is cut, so a client can't make the
-// server hold an endless body. Returns the port, or 0 with *error set.
+// What one server lets its clients hold.
+struct Limits {
+  Limits(qint64 maxRequestBytes) : MaxRequestBytes(maxRequestBytes) {} // NOLINT: a cap alone is the usual case
+  // A connection whose one request grows beyond this is cut, so a client
+  // can't make the server hold an endless body.
+  qint64 MaxRequestBytes;
+  // Connections past this many are closed as they come.
+  int MaxConnections = 512;
+  // A connection that neither sends nor takes a byte for this long is
+  // closed; 0 keeps idle connections. A connection that became a WebSocket
+  // is left to its own side.
+  int IdleMs = 0;
+  // A connection whose first bytes `Claims` wants is cut from the HTTP server
+  // before it reads them and handed to `Take`, without a parent: the
+  // automation API's event stream does its own upgrade.
+  std::function<bool(const QByteArray &firstBytes)> Claims;
+  std::function<void(QTcpSocket *socket)> Take;
+};
+
+// Listens on address:port and binds `server` to it, with `limits`. Returns the
+// port, or 0 with *error set.
 quint16 Listen(QAbstractHttpServer &server, const QHostAddress &address, quint16 port,
-               qint64 maxRequestBytes, QString *error);
+               const Limits &limits, QString *error);
 
 } // namespace HttpAnswer
