@@ -5,119 +5,24 @@
 // Check-out of 200 checked rooms likewise, beside 200 x 4 lock-step round
 // trips of its four requests (class, voice mail, do-not-disturb, wake-up);
 // within 4x of that floor.
-#include "console/Login_Form.h"
-#include "console/Main_Form.h"
+#include "BenchDesk.h"
+
 #include "devices/DeviceEvents.h"
 #include "devices/NetModule.h"
-#include "directory/SysDM_Unit.h"
-#include "guest/ExtsView.h"
 #include "guest/FrontDesk.h"
 #include "guest/Hint_Form.h"
-#include "support/Paths.h"
-#include "support/Settings.h"
-#include "support/Shell.h"
-
-#include "ExchangeSim.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QEventLoop>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
 
 #include <benchmark/benchmark.h>
-
-#include <functional>
-#include <memory>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 constexpr int kRooms = 300;
 
-// The desk's person: every message ends the wait the run is in.
-class QuietShell final : public Shell {
-public:
-  std::function<void(const QString &)> OnMessage;
-  void Balloon(const QString &, const QString &, int, BalloonIcon) override {}
-  void Message(MessageKind, const QString &text) override {
-    if (OnMessage)
-      OnMessage(text);
-  }
-  bool Question(const QString &) override { return false; }
-  QString ChooseOpenFile(const QString &, const QString &) override { return {}; }
-  void Open(const QString &, const QString &) override {}
-  void HintAt(const QString &, const QString &, int, int, int) override {}
-  void RingStart() override {}
-  void RingStop() override {}
-};
-
-// The console logged in to the exchange with its 300 rooms listed, built once.
-struct Desk {
-  QTemporaryDir home;
-  QuietShell shell;
-  std::unique_ptr<TMain_Form> main;
-  std::unique_ptr<TLogin_Form> login;
-  ExchangeSim sim;
-  bool ready = false;
-  QString LastMessage;
-
-  Desk() {
-    SetAppPath(home.path());
-    SetShell(&shell);
-    SysConfig().Debug = 0;
-    SysConfig().TypeVisible.fill(true);
-    Sys_DM().DataModuleCreate();
-    main = std::make_unique<TMain_Form>();
-    login = std::make_unique<TLogin_Form>(main.get());
-    main->ExtsView().ExtsView_Init();
-    sim.AddUser(u"8001"_s, u"1234"_s);
-    sim.SetPulsePeriod(0);
-    sim.SetPushOnChange(false); // the walk, not the status stream, is measured
-    sim.AddDevices(0, kRooms, 1, u"8001"_s);
-    if (!sim.Listen())
-      return;
-    main->Link().StartWorker();
-    login->FormShow();
-    login->TelNo_TeComboBox = u"8001"_s;
-    login->Pwd_TeMaskEdit = u"1234"_s;
-    login->HostIP_TeMaskEdit = u"127.0.0.1"_s;
-    login->HostPort_TeMaskEdit = QString::number(sim.Port());
-    login->Login_TeButtonClick();
-    ready = QTest::qWaitFor(
-        [&] {
-          const QList<SimPacket> got = sim.Received();
-          return main->ExtsView().AdvStringGrid_Exts.ShownCount() == kRooms &&
-                 std::any_of(got.cbegin(), got.cend(),
-                             [](const SimPacket &p) { return p.TypeCode == 37; });
-        },
-        60000);
-  }
-
-  // Runs `start` and the event loop until `messages` messages came; seconds.
-  double Until(int messages, const std::function<void()> &start) {
-    QEventLoop loop;
-    int seen = 0;
-    shell.OnMessage = [&](const QString &text) {
-      LastMessage = text;
-      if (++seen == messages)
-        loop.quit();
-    };
-    QTimer::singleShot(120000, &loop, &QEventLoop::quit);
-    QElapsedTimer clock;
-    clock.start();
-    start();
-    if (seen < messages)
-      loop.exec();
-    const double seconds = double(clock.nsecsElapsed()) / 1e9;
-    shell.OnMessage = nullptr;
-    return seen >= messages ? seconds : -1;
-  }
-};
-
 Desk &TheDesk() {
-  static Desk desk;
+  static Desk desk(kRooms);
   return desk;
 }
 } // namespace

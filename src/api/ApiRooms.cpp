@@ -1,9 +1,9 @@
 #include "api/ApiRooms.h"
 
 #include "api/ApiBody.h"
+#include "api/JsonText.h"
 #include "devices/CallControlDev.h"
 
-#include <QJsonArray>
 
 using namespace Qt::StringLiterals;
 
@@ -14,47 +14,57 @@ QJsonValue ApiTime(TDateTime t) {
 }
 
 namespace {
+// "hh:mm" by hand: QTime's pattern formatting costs more than the rest of a
+// room together.
 QString TimeOfDay(TDateTime t) {
-  return t.Time().toString(u"hh:mm"_s);
+  const QTime time = t.Time();
+  const int h = time.hour();
+  const int m = time.minute();
+  const char16_t text[5] = {char16_t(u'0' + h / 10), char16_t(u'0' + h % 10), u':',
+                            char16_t(u'0' + m / 10), char16_t(u'0' + m % 10)};
+  return QString(reinterpret_cast<const QChar *>(text), 5);
 }
 
-QJsonObject Window(bool on, TDateTime start, TDateTime end) {
-  return {{u"on"_s, on}, {u"start"_s, TimeOfDay(start)}, {u"end"_s, TimeOfDay(end)}};
+void WriteTime(TJsonText &out, TDateTime t) {
+  const QJsonValue v = ApiTime(t);
+  if (v.isNull())
+    out.Null();
+  else
+    out.String(v.toString());
+}
+
+void WriteWindow(TJsonText &out, bool on, TDateTime start, TDateTime end) {
+  out.BeginObject();
+  out.Key("on").Bool(on).Key("start").String(TimeOfDay(start)).Key("end").String(TimeOfDay(end));
+  out.EndObject();
 }
 } // namespace
 
-QJsonObject RoomJson(const TPhoneTis &p, const QStringList &classNames) {
+void WriteRoom(TJsonText &out, const TPhoneTis &p, const QStringList &classNames) {
   const TExt_Record &r = p.LastExt;
-  QJsonObject room{
-      {u"ext"_s, p.TelNos},
-      {u"id"_s, p.ID},
-      {u"room"_s, r.RoomNo},
-      {u"guest"_s, r.GuestName},
-      {u"occupied"_s, r.Occupied},
-      {u"status"_s, p.Status},
-      {u"wakeup"_s,
-       QJsonObject{{u"time"_s, ApiTime(p.MoringCallTime)},
-                   {u"daily"_s, r.MoringCall_isEveryDay},
-                   {u"dailyTime"_s, TimeOfDay(r.MoringCall_EveryDay_Time)},
-                   {u"mode"_s, r.MoringCall_Mode},
-                   {u"answered"_s, p.MoringCallAnswerFlag == 1},
-                   {u"delayed"_s, p.MoringCallDelayFlag == 1}}},
-      {u"dnd"_s,
-       QJsonObject{{u"mode"_s, p.NoDisturbMode},
-                   {u"windows"_s,
-                    QJsonArray{Window(r.NoDisturb_Time1_Checked, r.NoDisturb_Time1_Start,
-                                      r.NoDisturb_Time1_End),
-                               Window(r.NoDisturb_Time2_Checked, r.NoDisturb_Time2_Start,
-                                      r.NoDisturb_Time2_End),
-                               Window(r.NoDisturb_Time3_Checked, r.NoDisturb_Time3_Start,
-                                      r.NoDisturb_Time3_End)}}}},
-      {u"voicemail"_s, p.VoiceMail},
-      {u"class"_s,
-       QJsonObject{{u"number"_s, p.SrvClass},
-                   {u"name"_s, p.SrvClass >= 0 ? ClassName(classNames.value(p.SrvClass))
-                                               : QString()}}},
-      {u"memo"_s, r.Memo}};
-  return room;
+  out.BeginObject();
+  out.Key("ext").String(p.TelNos).Key("id").Number(p.ID).Key("room").String(r.RoomNo);
+  out.Key("guest").String(r.GuestName).Key("occupied").Bool(r.Occupied);
+  out.Key("status").Number(p.Status);
+  out.Key("wakeup").BeginObject().Key("time");
+  WriteTime(out, p.MoringCallTime);
+  out.Key("daily").Bool(r.MoringCall_isEveryDay);
+  out.Key("dailyTime").String(TimeOfDay(r.MoringCall_EveryDay_Time));
+  out.Key("mode").Number(r.MoringCall_Mode);
+  out.Key("answered").Bool(p.MoringCallAnswerFlag == 1);
+  out.Key("delayed").Bool(p.MoringCallDelayFlag == 1);
+  out.EndObject();
+  out.Key("dnd").BeginObject().Key("mode").Number(p.NoDisturbMode).Key("windows").BeginArray();
+  WriteWindow(out, r.NoDisturb_Time1_Checked, r.NoDisturb_Time1_Start, r.NoDisturb_Time1_End);
+  WriteWindow(out, r.NoDisturb_Time2_Checked, r.NoDisturb_Time2_Start, r.NoDisturb_Time2_End);
+  WriteWindow(out, r.NoDisturb_Time3_Checked, r.NoDisturb_Time3_Start, r.NoDisturb_Time3_End);
+  out.EndArray().EndObject();
+  out.Key("voicemail").Number(p.VoiceMail);
+  out.Key("class").BeginObject().Key("number").Number(p.SrvClass).Key("name").String(
+      p.SrvClass >= 0 ? ClassName(classNames.value(p.SrvClass)) : QString());
+  out.EndObject();
+  out.Key("memo").String(r.Memo);
+  out.EndObject();
 }
 
 QString ParseWakeUpBody(const QByteArray &body, TDateTime now, TWakeUpBody *out) {

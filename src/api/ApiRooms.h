@@ -9,9 +9,12 @@
 
 struct TPhoneTis;
 
-// A room as the API shows it: the live device part and the room part the grid
-// last showed. `classNames` are the exchange's service class names.
-QJsonObject RoomJson(const TPhoneTis &p, const QStringList &classNames);
+class TJsonText;
+
+// A room as the API shows it, written into `out`: the live device part and the
+// room part the grid last showed. `classNames` are the exchange's service
+// class items ("n:name").
+void WriteRoom(TJsonText &out, const TPhoneTis &p, const QStringList &classNames);
 
 // The times of the API: local time, "yyyy-MM-ddThh:mm:ss"; null for none.
 QJsonValue ApiTime(TDateTime t);

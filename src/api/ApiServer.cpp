@@ -3,6 +3,7 @@
 #include "api/ApiEvents.h"
 #include "api/ApiLogs.h"
 #include "api/ApiRooms.h"
+#include "api/JsonText.h"
 #include "HttpAnswer.h"
 #include "console/Main_Form.h"
 #include "devices/CallControlDev.h"
@@ -152,7 +153,8 @@ void TApiServer::Write(QTcpSocket *socket, const Reply &reply, bool close) {
   answer.Status = reply.Status;
   if (reply.Status != 204) {
     answer.ContentType = "application/json";
-    answer.Body = QJsonDocument(reply.Body).toJson(QJsonDocument::Compact);
+    answer.Body = reply.Text.isEmpty() ? QJsonDocument(reply.Body).toJson(QJsonDocument::Compact)
+                                       : reply.Text;
   }
   if (reply.Status == 401)
     answer.Headers.append(qMakePair(QByteArray("WWW-Authenticate"), QByteArray("Bearer")));
@@ -216,14 +218,16 @@ int TApiServer::DeviceOfExt(const QString &ext) const {
 TApiServer::Reply TApiServer::Rooms() {
   const QStringList names = m_main.DeviceEvents().SrvClassNames.stringList();
   const TExtGridModel &g = m_main.ExtsView().AdvStringGrid_Exts;
-  QJsonArray rooms;
+  TJsonText out(512 * qsizetype(g.SlotCount()));
+  out.BeginObject().Key("rooms").BeginArray();
   for (int slot = 0; slot < g.SlotCount(); ++slot) {
     bool ok = false;
     const int id = g.Cell(slot, TExtGridModel::ColID).toInt(&ok);
     if (const TPhoneTis *p = ok ? m_main.CallControlDev().Device(id) : nullptr)
-      rooms.append(RoomJson(*p, names));
+      WriteRoom(out, *p, names);
   }
-  return {200, {{u"rooms"_s, rooms}}};
+  out.EndArray().EndObject();
+  return {200, {}, false, out.Text()};
 }
 
 TApiServer::Reply TApiServer::Room(const QString &ext) {
@@ -234,8 +238,10 @@ TApiServer::Reply TApiServer::Room(const QString &ext) {
 }
 
 TApiServer::Reply TApiServer::RoomJsonOf(int id) const {
-  return {200, RoomJson(*m_main.CallControlDev().Device(id),
-                        m_main.DeviceEvents().SrvClassNames.stringList())};
+  TJsonText out;
+  WriteRoom(out, *m_main.CallControlDev().Device(id),
+            m_main.DeviceEvents().SrvClassNames.stringList());
+  return {200, {}, false, out.Text()};
 }
 
 TApiServer::Reply TApiServer::Classes() {

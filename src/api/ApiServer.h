@@ -61,6 +61,7 @@ private:
     int Status = 200;
     QJsonObject Body; // empty for 204
     bool Deferred = false; // answered when the running sequence ends
+    QByteArray Text; // a body written as text already; Body is then unused
   };
   Reply Route(const QHttpServerRequest &request);
   void Write(QTcpSocket *socket, const Reply &reply, bool close);
