@@ -384,6 +384,34 @@ private slots:
     QCOMPARE(d.Ask("GET", u"/api/v1/rooms"_s), 200);
   }
 
+  // A subscriber that never reads is cut off once a megabyte waits for it;
+  // one that reads gets every event, and the queue between stays bounded.
+  void subscriberThatNeverReadsIsCutOff() {
+    ApiDesk d;
+    QVERIFY(d.Begin());
+    ApiDesk::Subscriber reader;
+    QVERIFY(d.Subscribe(reader));
+    QTcpSocket deaf;
+    deaf.setReadBufferSize(1);
+    deaf.connectToHost(QHostAddress::LocalHost, d.api.Port());
+    QVERIFY(deaf.waitForConnected(5000));
+    deaf.write("GET /api/v1/events HTTP/1.1\r\nHost: x\r\nUpgrade: websocket\r\n"
+               "Connection: Upgrade\r\nSec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n"
+               "Sec-WebSocket-Version: 13\r\nAuthorization: Bearer " + kToken + "\r\n\r\n");
+    QTRY_COMPARE(d.api.Events().Subscribers(), 2);
+    const QString pad(2000, u'x');
+    for (int round = 0; round < 40 && d.api.Events().Subscribers() == 2; ++round) {
+      for (int i = 0; i < 500; ++i)
+        d.api.Events().Publish({{u"type"_s, u"test"_s}, {u"pad"_s, pad}});
+      QTest::qWait(20);
+    }
+    QTRY_COMPARE(d.api.Events().Subscribers(), 1);
+    const quint64 last = d.api.Events().LastSequence();
+    QTRY_VERIFY_WITH_TIMEOUT(!reader.events.isEmpty() &&
+                                 reader.events.last().value(u"seq"_s).toInteger() == qint64(last),
+                             20000);
+  }
+
   // Enabled with a token too short to guard the house: not started, and the
   // operator is told why.
   void shortTokenRefusesToStart_data() {
