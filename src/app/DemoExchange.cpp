@@ -64,10 +64,14 @@ bool DemoExchange::Start() {
   if (!ini.open(QIODevice::WriteOnly))
     return false;
   // The front desk's additions on: check-in gives a room "客房", check-out
-  // "内线", and a wake-up nobody answers raises its alarm.
+  // "内线", and a wake-up nobody answers raises its alarm. The automation API
+  // listens on this machine only, with a token anyone may read here.
   ini.write(u"[host]\nIP=127.0.0.1\nPort=%1\n[user]\nuserName=8001\npassWord=1234\nrecPwdFlag=1\n"
-            u"[FrontDesk]\nVacantClass=1\nOccupiedClass=0\nWakeFollowUp=1\n"_s
+            u"[FrontDesk]\nVacantClass=1\nOccupiedClass=0\nWakeFollowUp=1\n"
+            u"[Api]\nEnabled=1\nPort=%2\nListen=127.0.0.1\nToken=%3\n"_s
                 .arg(m_sim->Port())
+                .arg(kDemoApiPort)
+                .arg(QString::fromLatin1(kDemoApiToken))
                 .toUtf8());
   ini.close();
 

@@ -23,6 +23,10 @@ public:
   DemoExchange();
   ~DemoExchange() override;
 
+  // The automation API of the demonstration desk: curl it with this token.
+  static constexpr quint16 kDemoApiPort = 5010;
+  static constexpr char kDemoApiToken[] = "demo-token-0123456789";
+
   // Starts the exchange and writes the home's settings; false if it can't listen.
   bool Start();
   QString Home() const { return m_home.path(); }
