@@ -20,6 +20,8 @@
 #include <QTest>
 #include <QTimer>
 
+#include <benchmark/benchmark.h>
+
 #include <algorithm>
 #include <functional>
 #include <memory>
@@ -118,3 +120,15 @@ struct Desk {
   }
 };
 
+
+// The main of a desk's benchmarks: the application, the runs, and the desk's
+// link worker stopped before the program ends, so its thread doesn't outlive
+// the application.
+inline int RunDeskBenchmarks(int argc, char **argv, const std::function<Desk *()> &desk) {
+  QCoreApplication app(argc, argv);
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  desk()->main->Link().StopWorker();
+  return 0;
+}

@@ -310,10 +310,5 @@ BENCHMARK(BM_Events1Subscriber_Floor)->UseManualTime()->Iterations(3)->Unit(benc
 } // namespace
 
 int main(int argc, char **argv) {
-  QCoreApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  TheDesk().main->Link().StopWorker();
-  return 0;
+  return RunDeskBenchmarks(argc, argv, [] { return &TheDesk(); });
 }

@@ -155,10 +155,5 @@ static void BM_CheckOut200(benchmark::State &state) {
 BENCHMARK(BM_CheckOut200)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char **argv) {
-  QCoreApplication app(argc, argv);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  TheDesk().main->Link().StopWorker();
-  return 0;
+  return RunDeskBenchmarks(argc, argv, [] { return &TheDesk(); });
 }

@@ -9,6 +9,8 @@
 #include <QRegularExpression>
 #include <QUrlQuery>
 
+#include <functional>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -74,13 +76,26 @@ int Count(const QString &table, const Conditions &c) {
   return n.Rows.isEmpty() ? 0 : n.Rows.first().value(0).toInt();
 }
 
-QJsonObject Page(int page, int count, const QString &key, const QJsonArray &rows) {
-  return {{u"page"_s, page}, {u"pageSize"_s, kApiPageSize}, {u"count"_s, count}, {key, rows}};
-}
-
-QVariantMap WithPage(QVariantMap values, int page) {
+// One page of `table` under the conditions, newest first by `order`, each row
+// made JSON by `json`; with the page number from the query and the count.
+QJsonObject PageOf(const QUrlQuery &query, Conditions &c, const QString &columns,
+                   const QString &table, const QString &order, const QString &key,
+                   const std::function<QJsonObject(const QVariantList &)> &json, QString *error) {
+  const int page = c.Page(query);
+  if (!c.Error.isEmpty()) {
+    *error = c.Error;
+    return {};
+  }
+  QVariantMap values = c.Values;
   values.insert(u"pageOffset"_s, (page - 1) * kApiPageSize);
-  return values;
+  const TBoundRows rows = SelectBound(u"SELECT %1 FROM %2%3 ORDER BY %4 LIMIT %5 OFFSET :pageOffset"_s
+                                          .arg(columns, table, c.Where(), order)
+                                          .arg(kApiPageSize),
+                                      values);
+  QJsonArray list;
+  for (const QVariantList &r : rows.Rows)
+    list.append(json(r));
+  return {{u"page"_s, page}, {u"pageSize"_s, kApiPageSize}, {u"count"_s, Count(table, c)}, {key, list}};
 }
 } // namespace
 
@@ -102,29 +117,21 @@ QJsonObject CallsPage(const QUrlQuery &query, QString *error) {
       c.Values.insert(u"called"_s, pattern);
     }
   }
-  const int page = c.Page(query);
-  if (!c.Error.isEmpty()) {
-    *error = c.Error;
-    return {};
-  }
-  const TBoundRows rows = SelectBound(
-      u"SELECT ID, Caller, Called, startTime, stopTime, RecType, IOFlag, assType, assPhone "
-      u"FROM PBXConRecords"_s +
-          c.Where() + u" ORDER BY startTime DESC, ID DESC LIMIT %1 OFFSET :pageOffset"_s.arg(
-                          kApiPageSize),
-      WithPage(c.Values, page));
-  QJsonArray calls;
-  for (const QVariantList &r : rows.Rows)
-    calls.append(QJsonObject{{u"id"_s, r.value(0).toLongLong()},
-                             {u"caller"_s, r.value(1).toString()},
-                             {u"called"_s, r.value(2).toString()},
-                             {u"start"_s, Time(r.value(3))},
-                             {u"stop"_s, Time(r.value(4))},
-                             {u"type"_s, r.value(5).toInt()},
-                             {u"direction"_s, r.value(6).toInt()},
-                             {u"assType"_s, r.value(7).toInt()},
-                             {u"assPhone"_s, r.value(8).toString()}});
-  return Page(page, Count(u"PBXConRecords"_s, c), u"calls"_s, calls);
+  return PageOf(query, c,
+                u"ID, Caller, Called, startTime, stopTime, RecType, IOFlag, assType, assPhone"_s,
+                u"PBXConRecords"_s, u"startTime DESC, ID DESC"_s, u"calls"_s,
+                [](const QVariantList &r) {
+                  return QJsonObject{{u"id"_s, r.value(0).toLongLong()},
+                                     {u"caller"_s, r.value(1).toString()},
+                                     {u"called"_s, r.value(2).toString()},
+                                     {u"start"_s, Time(r.value(3))},
+                                     {u"stop"_s, Time(r.value(4))},
+                                     {u"type"_s, r.value(5).toInt()},
+                                     {u"direction"_s, r.value(6).toInt()},
+                                     {u"assType"_s, r.value(7).toInt()},
+                                     {u"assPhone"_s, r.value(8).toString()}};
+                },
+                error);
 }
 
 QJsonObject WakeUpsPage(const QUrlQuery &query, QString *error) {
@@ -149,23 +156,15 @@ QJsonObject WakeUpsPage(const QUrlQuery &query, QString *error) {
     else
       c.Error = u"\"state\" must be answered or failed"_s;
   }
-  const int page = c.Page(query);
-  if (!c.Error.isEmpty()) {
-    *error = c.Error;
-    return {};
-  }
-  const TBoundRows rows = SelectBound(
-      u"SELECT ID, RoomNo, Ext, CreateTime, MoringCallTime, State FROM MoringCallLog"_s +
-          c.Where() +
-          u" ORDER BY MoringCallTime DESC, ID DESC LIMIT %1 OFFSET :pageOffset"_s.arg(kApiPageSize),
-      WithPage(c.Values, page));
-  QJsonArray wakeups;
-  for (const QVariantList &r : rows.Rows)
-    wakeups.append(QJsonObject{{u"id"_s, r.value(0).toLongLong()},
-                               {u"room"_s, r.value(1).toString()},
-                               {u"ext"_s, r.value(2).toString()},
-                               {u"created"_s, Time(r.value(3))},
-                               {u"time"_s, Time(r.value(4))},
-                               {u"answered"_s, r.value(5).toInt() == 1}});
-  return Page(page, Count(u"MoringCallLog"_s, c), u"wakeups"_s, wakeups);
+  return PageOf(query, c, u"ID, RoomNo, Ext, CreateTime, MoringCallTime, State"_s,
+                u"MoringCallLog"_s, u"MoringCallTime DESC, ID DESC"_s, u"wakeups"_s,
+                [](const QVariantList &r) {
+                  return QJsonObject{{u"id"_s, r.value(0).toLongLong()},
+                                     {u"room"_s, r.value(1).toString()},
+                                     {u"ext"_s, r.value(2).toString()},
+                                     {u"created"_s, Time(r.value(3))},
+                                     {u"time"_s, Time(r.value(4))},
+                                     {u"answered"_s, r.value(5).toInt() == 1}};
+                },
+                error);
 }
