@@ -21,7 +21,7 @@ fi
 SECONDS_EACH=${1:-60}
 shift || true
 TARGETS=("$@")
-[ ${#TARGETS[@]} -eq 0 ] && TARGETS=(link udp ini settings langpack layout devicelink jetsql)
+[ ${#TARGETS[@]} -eq 0 ] && TARGETS=(link udp ini settings langpack layout devicelink jetsql api)
 
 SAN="-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-sanitize=vptr"
 CC=clang CXX=clang++ cmake -S . -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \

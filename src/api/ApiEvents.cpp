@@ -1,9 +1,9 @@
 #include "api/ApiEvents.h"
 
 #include "HttpAnswer.h"
+#include "api/WebSocketWire.h"
 #include "support/Log.h"
 
-#include <QCryptographicHash>
 #include <QHash>
 #include <QJsonDocument>
 #include <QMutex>
@@ -15,27 +15,9 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-const QByteArray kEventsRequest = "GET /api/v1/events";
+const QByteArray kEventsPath = "/api/v1/events";
+const QByteArray kEventsRequest = "GET " + kEventsPath;
 constexpr int kHandshakeMs = 5000;
-
-enum Opcode : quint8 { TextFrame = 0x1, CloseFrame = 0x8, PingFrame = 0x9, PongFrame = 0xA };
-
-QByteArray Frame(Opcode opcode, const QByteArray &payload) {
-  QByteArray f;
-  f.reserve(payload.size() + 10);
-  f.append(char(0x80 | opcode));
-  const qsizetype n = payload.size();
-  if (n < 126) {
-    f.append(char(n));
-  } else if (n < 65536) {
-    f.append(char(126)).append(char(n >> 8)).append(char(n & 0xFF));
-  } else {
-    f.append(char(127));
-    for (int shift = 56; shift >= 0; shift -= 8)
-      f.append(char((quint64(n) >> shift) & 0xFF));
-  }
-  return f.append(payload);
-}
 
 // The answer to a handshake that isn't one, and the connection closes.
 void Refuse(QTcpSocket *s, int status, const QString &message) {
@@ -125,73 +107,36 @@ private:
         Close(s, 431, u"request head too large"_s);
       return;
     }
-    QList<QByteArray> lines = c.In.left(end).split('\n');
-    const QList<QByteArray> request = lines.takeFirst().trimmed().split(' ');
-    QHash<QByteArray, QByteArray> headers;
-    for (const QByteArray &line : std::as_const(lines)) {
-      const qsizetype colon = line.indexOf(':');
-      if (colon > 0)
-        headers.insert(line.left(colon).trimmed().toLower(), line.mid(colon + 1).trimmed());
-    }
-    c.In.clear();
-    if (request.size() != 3 || request.at(1) != "/api/v1/events")
-      return Close(s, 404, u"no such resource"_s);
-    if (!TokenMatches(headers.value("authorization"), m_authorization))
-      return Close(s, 401, u"missing or wrong bearer token"_s);
-    const QByteArray key = headers.value("sec-websocket-key");
-    if (headers.value("upgrade").toLower() != "websocket" || key.isEmpty() ||
-        headers.value("sec-websocket-version") != "13")
-      return Close(s, 400, u"events are a WebSocket: connect with an upgrade"_s);
+    const WebSocketWire::HandshakeAnswer answer =
+        WebSocketWire::Answer(c.In.left(end), kEventsPath, m_authorization);
+    c.In.remove(0, end + 4);
+    if (answer.Status != 101)
+      return Close(s, answer.Status, answer.Error);
     if (m_owner.m_subscribers.load() >= MaxSubscribers) {
       WriteLog(u"API: event subscriber refused, %1 already connected"_s.arg(MaxSubscribers));
       return Close(s, 503, u"too many subscribers"_s);
     }
-    const QByteArray accept =
-        QCryptographicHash::hash(QByteArray(key).append("258EAFA5-E914-47DA-95CA-C5AB0DC85B11"),
-                                 QCryptographicHash::Sha1)
-            .toBase64();
-    s->write("HTTP/1.1 101 Switching Protocols\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
-             "Sec-WebSocket-Accept: " +
-             accept + "\r\n\r\n");
+    s->write(answer.Reply);
     c.Subscribed = true;
     ++m_owner.m_subscribers;
   }
 
   // What a subscriber sends: close and ping are answered, the rest ignored.
   void Frames(QTcpSocket *s, QByteArray &in) {
-    while (in.size() >= 2) {
-      const quint8 opcode = quint8(in.at(0)) & 0x0F;
-      const bool masked = quint8(in.at(1)) & 0x80;
-      quint64 length = quint8(in.at(1)) & 0x7F;
-      qsizetype at = 2;
-      if (length == 126 || length == 127) {
-        const int bytes = length == 126 ? 2 : 8;
-        if (in.size() < at + bytes)
-          return;
-        length = 0;
-        for (int i = 0; i < bytes; ++i)
-          length = (length << 8) | quint8(in.at(at + i));
-        at += bytes;
-      }
-      // Subscribers only listen: a frame larger than this is no subscriber's.
-      if (!masked || length > 4096)
-        return Drop(s, true);
-      if (in.size() < at + 4 + qsizetype(length))
-        return;
-      QByteArray payload = in.mid(at + 4, qsizetype(length));
-      for (qsizetype i = 0; i < payload.size(); ++i)
-        payload[i] = char(payload.at(i) ^ in.at(at + (i % 4)));
-      in.remove(0, at + 4 + qsizetype(length));
-      if (opcode == CloseFrame) {
-        s->write(Frame(CloseFrame, payload.left(2)));
+    using namespace WebSocketWire;
+    QList<ClientFrame> frames;
+    // Subscribers only listen: a frame larger than this is no subscriber's.
+    if (!ReadClientFrames(in, frames, 4096) || in.size() > 8192)
+      return Drop(s, true);
+    for (const ClientFrame &f : std::as_const(frames)) {
+      if (f.Opcode == CloseFrame) {
+        s->write(Frame(CloseFrame, f.Payload.left(2)));
         s->disconnectFromHost();
         return;
       }
-      if (opcode == PingFrame)
-        s->write(Frame(PongFrame, payload));
+      if (f.Opcode == PingFrame)
+        s->write(Frame(PongFrame, f.Payload));
     }
-    if (in.size() > 8192)
-      Drop(s, true);
   }
 
   void Close(QTcpSocket *s, int status, const QString &message) {
@@ -214,7 +159,7 @@ private:
     // Framed once; the same bytes go to every subscriber.
     QByteArray frames;
     for (const QByteArray &text : std::as_const(texts))
-      frames += Frame(TextFrame, text);
+      frames += WebSocketWire::Frame(WebSocketWire::TextFrame, text);
     const QList<QTcpSocket *> sockets = m_clients.keys();
     for (QTcpSocket *s : sockets) {
       if (!m_clients.value(s).Subscribed)
