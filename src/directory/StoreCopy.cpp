@@ -172,9 +172,11 @@ QString Fail(QSqlQuery &q, const QString &what) {
 }
 
 // One table from the source into the target, in ID order and in slices, so
-// a million call records never sit in memory at once. Several rows go into
-// each insert: one statement a row would take the server's round trip for
-// every row.
+// a million call records never sit in memory at once. Many rows go into each
+// insert, one statement a row would take the server's round trip for every
+// row; the values are written into its text by the target's own driver, so
+// a failed statement leaves no prepared statement to free in the aborted
+// transaction.
 QString CopyTable(QSqlDatabase &source, const QString &from, QSqlDatabase &target,
                   const QString &to, qint64 *copied) {
   const QStringList targetColumns = FieldNames(target.record(to));
@@ -188,17 +190,10 @@ QString CopyTable(QSqlDatabase &source, const QString &from, QSqlDatabase &targe
     write << Quoted(target, match);
   }
   const int id = read.indexOf(Quoted(source, Match(FieldNames(source.record(from)), u"ID"_s)));
-  const int perInsert = qMax(1, 900 / int(write.size()));
-  const QString tuple = u'(' + QStringList(write.size(), u"?"_s).join(u',') + u')';
-  const auto insertText = [&](int rows) -> QString {
-    return u"INSERT INTO %1 (%2) VALUES "_s.arg(Quoted(target, to), write.join(u',')) +
-           QStringList(rows, tuple).join(u',');
-  };
-  QSqlQuery full(target);
-  if (!full.prepare(insertText(perInsert)))
-    return Fail(full, to);
-
+  const QString insert = u"INSERT INTO %1 (%2) VALUES "_s.arg(Quoted(target, to), write.join(u','));
+  constexpr int kRowsPerInsert = 200;
   constexpr int kSlice = 20000;
+  QSqlDriver *driver = target.driver();
   QVariant lastId;
   *copied = 0;
   for (;;) {
@@ -212,32 +207,38 @@ QString CopyTable(QSqlDatabase &source, const QString &from, QSqlDatabase &targe
     }
     if (!rows.exec(select))
       return Fail(rows, u"Reading "_s + from);
-    QVariantList values;
-    int pending = 0;
+    QStringList tuples;
     qint64 inSlice = 0;
-    const auto flush = [&](QSqlQuery &insert) {
-      for (const QVariant &v : std::as_const(values))
-        insert.addBindValue(v);
-      const bool ok = insert.exec();
-      values.clear();
-      pending = 0;
-      return ok;
+    const auto flush = [&]() -> QString {
+      QSqlQuery q(target);
+      if (!q.exec(insert + tuples.join(u',')))
+        return Fail(q, u"Writing "_s + to + u" near ID "_s + lastId.toString());
+      tuples.clear();
+      return {};
     };
+    QStringList values;
     while (rows.next()) {
-      for (int c = 0; c < read.size(); ++c)
-        values << rows.value(c);
+      values.clear();
+      for (int c = 0; c < read.size(); ++c) {
+        const QVariant v = rows.value(c);
+        QSqlField field(QString(), v.metaType());
+        field.setValue(v);
+        values << driver->formatValue(field);
+      }
+      tuples << u'(' + values.join(u',') + u')';
       if (id >= 0)
         lastId = rows.value(id);
       ++inSlice;
-      if (++pending == perInsert && !flush(full))
-        return Fail(full, u"Writing "_s + to + u" near ID "_s + lastId.toString());
+      if (tuples.size() == kRowsPerInsert) {
+        if (QString failed = flush(); !failed.isEmpty())
+          return failed;
+      }
     }
     if (rows.lastError().isValid())
       return Fail(rows, u"Reading "_s + from);
-    if (pending > 0) {
-      QSqlQuery rest(target);
-      if (!rest.prepare(insertText(pending)) || !flush(rest))
-        return Fail(rest, u"Writing "_s + to + u" near ID "_s + lastId.toString());
+    if (!tuples.isEmpty()) {
+      if (QString failed = flush(); !failed.isEmpty())
+        return failed;
     }
     *copied += inSlice;
     if (id < 0 || inSlice < kSlice)
@@ -289,7 +290,7 @@ QString CopyTables(QSqlDatabase &source, QSqlDatabase &target, bool server,
                   Quoted(target, to).replace(u'\'', u"''"_s), Quoted(target, to))))
         return Fail(next, u"Numbering of "_s + table);
     }
-    progress(u"%1: %2 rows"_s.arg(table).arg(copied));
+    progress(u"%1: %2 %3"_s.arg(table).arg(copied).arg(copied == 1 ? u"row"_s : u"rows"_s));
     total += copied;
   }
   progress(u"%1 rows in all"_s.arg(total));
