@@ -178,7 +178,8 @@ QString Fail(QSqlQuery &q, const QString &what) {
 // a failed statement leaves no prepared statement to free in the aborted
 // transaction.
 QString CopyTable(QSqlDatabase &source, const QString &from, QSqlDatabase &target,
-                  const QString &to, qint64 *copied) {
+                  const QString &to, qint64 *copied,
+                  const std::function<void(const QString &)> &progress) {
   const QStringList targetColumns = FieldNames(target.record(to));
   QStringList read, write;
   for (const QString &column : FieldNames(source.record(from))) {
@@ -243,6 +244,9 @@ QString CopyTable(QSqlDatabase &source, const QString &from, QSqlDatabase &targe
     *copied += inSlice;
     if (id < 0 || inSlice < kSlice)
       return {};
+    // A big table says how far it is, so a long copy isn't taken for a hang.
+    if (*copied % (5 * kSlice) == 0)
+      progress(u"%1: %2 rows so far"_s.arg(from).arg(*copied));
   }
 }
 
@@ -276,7 +280,7 @@ QString CopyTables(QSqlDatabase &source, QSqlDatabase &target, bool server,
       continue;
     }
     qint64 copied = 0;
-    if (QString failed = CopyTable(source, table, target, to, &copied); !failed.isEmpty())
+    if (QString failed = CopyTable(source, table, target, to, &copied, progress); !failed.isEmpty())
       return failed;
     // Every row read is in the target once: nothing doubled, nothing dropped.
     if (const qint64 there = RowCount(target, to); there != copied)
