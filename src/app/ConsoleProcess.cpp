@@ -9,6 +9,7 @@
 #include "devices/UDPServerMain.h"
 #include "directory/DirectoryPages.h"
 #include "directory/PopMsg_Form.h"
+#include "directory/StoreServerLink.h"
 #include "directory/SysDM_Unit.h"
 #include "directory/TaskEdit_Unit.h"
 #include "directory/Tasks_Unit.h"
@@ -62,6 +63,10 @@ bool ConsoleProcess::Start(const QString &home, bool autoLogin, quint16 udpPort)
   // hides the grid's guest column.
   m_sysset->SrvClassNames = [this] {
     return m_main->DeviceEvents().SrvClassNames.stringList();
+  };
+  // The database page's test: a few seconds at most for a server that doesn't answer.
+  m_sysset->ProbeStoreServer = [](const TStoreServer &server) {
+    return ProbeStoreServer(server, 5);
   };
   connect(m_sysset.get(), &Tsysset_Form::frontDeskChanged, m_main.get(), [this] {
     m_main->ExtsView().ShowGuestColumn(SysConfig().FrontDeskInUse());

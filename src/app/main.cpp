@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 #include "app/ConsoleProcess.h"
 #include "app/ConsoleScreens.h"
+#include "app/CopyStoreCommand.h"
 #include "app/DemoExchange.h"
 #include "app/TerminationSignals.h"
 #include "support/Shell.h"
@@ -27,6 +28,11 @@ int main(int argc, char **argv) {
   if (cl.Version) {
     std::printf("%s\n", qUtf8Printable(VersionText()));
     return 0;
+  }
+
+  if (!cl.CopyFrom.isEmpty()) {
+    QCoreApplication app(argc, argv);
+    return CopyStoreCommand(cl);
   }
 
   TerminationSignals::Install();

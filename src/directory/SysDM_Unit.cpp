@@ -3,6 +3,7 @@
 #include "directory/JetFunctions.h"
 #include "directory/JetSql.h"
 #include "directory/StoreError.h"
+#include "directory/StoreServerLink.h"
 #include "directory/WakeUpAlarmStore.h"
 #include "support/Log.h"
 #include "support/Paths.h"
@@ -424,13 +425,10 @@ void TSys_DM::OpenServer() {
   if (!QSqlDatabase::isDriverAvailable(u"QPSQL"_s))
     throw EDatabaseError(u"This computer lacks the PostgreSQL driver for the database server"_s);
   QSqlDatabase db = QSqlDatabase::addDatabase(u"QPSQL"_s, ConnectionName());
-  db.setHostName(c.DBHost);
-  db.setPort(c.DBPort);
-  db.setDatabaseName(c.DBDatabase);
-  db.setUserName(c.DBUser);
-  db.setPassword(c.DBPassword);
   // A server that doesn't answer holds the start for seconds, not minutes.
-  db.setConnectOptions(u"connect_timeout=5"_s);
+  QString refused;
+  if (!SetServerParameters(db, TStoreServer::FromConfig(c), 5, &refused))
+    throw EDatabaseError(refused);
   if (!db.open())
     throw EDatabaseError(u"Cannot reach the database server "_s + m_fileName + u": "_s +
                          db.lastError().text().trimmed());

@@ -6,6 +6,9 @@
 #include "support/Shell.h"
 
 #include <QFileInfo>
+#include <QThread>
+
+#include <memory>
 
 #include <utility>
 
@@ -70,6 +73,7 @@ void Tsysset_Form::FormCreate() {
   Api_Port_TeSpinEdit = c.ApiPort;
   Api_Listen_TeEdit = c.ApiListen;
   Api_Token_TeEdit = c.ApiToken;
+  FillDatabasePage();
   ActivePage = TabSheet1;
 }
 
@@ -114,9 +118,23 @@ void Tsysset_Form::TeSpeedButton1Click() {
 }
 
 void Tsysset_Form::TeEffectButton3Click() {
+  TSysConfig &c = SysConfig();
+  if (DB_Kind_TeComboBox == 1) {
+    const TStoreServer server = DB_ServerShown();
+    if (server.Database.isEmpty() && server.Service.isEmpty()) {
+      TheShell().Message(MessageKind::Warning, u"错误提示:请填写数据库名或服务名！"_s);
+      return;
+    }
+    server.ToConfig(c);
+    TheShell().Message(MessageKind::Information,
+                       u"提示:数据库服务器设置成功，重新启动程序后生效。"_s);
+    return;
+  }
   const QFileInfo file(DBFile_TeEdit);
   if (!DBFile_TeEdit.isEmpty() && file.exists() && file.isFile()) {
-    SysConfig().DBFile = DBFile_TeEdit;
+    c.DBFile = DBFile_TeEdit;
+    // Back to the file: the server's fields stay for a later change of mind.
+    c.DBDriver.clear();
     TheShell().Message(MessageKind::Information, LangText(529));
   } else {
     TheShell().Message(MessageKind::Warning, LangText(530));
@@ -221,4 +239,43 @@ void Tsysset_Form::Api_ApplyClick() {
   Api_Listen_TeEdit = c.ApiListen;
   c.ApiToken = Api_Token_TeEdit = token;
   emit apiChanged();
+}
+
+// --- page 2: the database server ---
+void Tsysset_Form::FillDatabasePage() {
+  const TSysConfig &c = SysConfig();
+  DB_Kind_TeComboBox = c.SharedStoreInUse() ? 1 : 0;
+  DB_Host_TeEdit = c.DBHost;
+  DB_Port_TeSpinEdit = c.DBPort;
+  DB_Database_TeEdit = c.DBDatabase;
+  DB_User_TeEdit = c.DBUser;
+  DB_Password_TeEdit = c.DBPassword;
+  DB_Service_TeEdit = c.DBService;
+}
+
+TStoreServer Tsysset_Form::DB_ServerShown() const {
+  return {DB_Host_TeEdit.trimmed(),        qBound(1, DB_Port_TeSpinEdit, 65535),
+          DB_Database_TeEdit.trimmed(),    DB_User_TeEdit.trimmed(),
+          DB_Password_TeEdit,              DB_Service_TeEdit.trimmed()};
+}
+
+void Tsysset_Form::TeButton_DB_TestClick() {
+  if (DB_Testing || !ProbeStoreServer)
+    return;
+  const TStoreServer server = DB_ServerShown();
+  DB_Testing = true;
+  DB_TestResult_Label = u"正在连接 %1 ……"_s.arg(server.Describe());
+  emit dbTestChanged();
+  // The answer comes back through the thread's end, which Qt delivers on this
+  // object's thread and drops if the window's logic is gone by then.
+  auto answer = std::make_shared<TServerProbe>();
+  QThread *worker = QThread::create(
+      [probe = ProbeStoreServer, server, answer] { *answer = probe(server); });
+  connect(worker, &QThread::finished, this, [this, answer] {
+    DB_Testing = false;
+    DB_TestResult_Label = answer->Words;
+    emit dbTestChanged();
+  });
+  connect(worker, &QThread::finished, worker, &QObject::deleteLater);
+  worker->start();
 }

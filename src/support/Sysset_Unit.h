@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/FormLogic.h"
+#include "support/StoreServer.h"
 
 #include <QList>
 #include <QString>
@@ -48,6 +49,25 @@ public:
   void TeSpeedButton1Click();  // browse
   void TeEffectButton3Click(); // apply, stays open
   void TeEffectButton4Click(); // close
+  // --- Page 2 as well: the file, or a database server several desks share ([DB]) ---
+  int DB_Kind_TeComboBox = 0; // item index: 0 the file, 1 a database server
+  QString DB_Host_TeEdit;
+  int DB_Port_TeSpinEdit = TStoreServer::kDefaultPort;
+  QString DB_Database_TeEdit;
+  QString DB_User_TeEdit;
+  QString DB_Password_TeEdit;
+  QString DB_Service_TeEdit;
+  TStoreServer DB_ServerShown() const;
+  // Tries a server (blocking, on a worker thread); the console sets it, since
+  // the store is a module above this one.
+  std::function<TServerProbe(const TStoreServer &)> ProbeStoreServer;
+  // The test key: tries the server as the page shows it on a worker thread,
+  // so the window stays usable; the key is off and the label says so until
+  // the answer is in DB_TestResult_Label.
+  void TeButton_DB_TestClick();
+  bool DB_Testing = false;
+  QString DB_TestResult_Label;
+  // --- end of the [DB] part of page 2 ---
 
   // Page 3, incoming calls.
   int RingFlag_TeSComboBox = 0; // item index: 0 "开", 1 "关"
@@ -102,9 +122,12 @@ signals:
   void frontDeskChanged();
   // The [Api] page was applied: the API should run as the record now says.
   void apiChanged();
+  // A database test began or ended: DB_Testing and DB_TestResult_Label changed.
+  void dbTestChanged();
 
 private:
   QString m_hostToShow;
+  void FillDatabasePage();
 };
 
 // The ring key's images: 15 while calls ring, 14 while they are silent.

@@ -81,7 +81,51 @@ SettingsDialog::SettingsDialog(Tsysset_Form &logic, QWidget *parent)
   dbRow->addWidget(m_dbFile, 1);
   dbRow->addWidget(browse);
   auto *store = Form();
-  store->addRow(NamedLabel(u"StaticText5"_s, u"数据库文件:"_s, this), dbRow);
+  // The file, or a database server several desks share.
+  m_dbKind = new QComboBox(this);
+  m_dbKind->setObjectName(u"DB_Kind_TeComboBox"_s);
+  m_dbKind->addItems({u"本机数据库文件"_s, u"数据库服务器 (PostgreSQL，多个前台共用)"_s});
+  store->addRow(NamedLabel(u"TeLabel_DBKind"_s, u"数据存放:"_s, this), m_dbKind);
+  m_dbFileRow = new QWidget(this);
+  auto *fileForm = Form();
+  fileForm->setContentsMargins(0, 0, 0, 0);
+  fileForm->addRow(NamedLabel(u"StaticText5"_s, u"数据库文件:"_s, this), dbRow);
+  m_dbFileRow->setLayout(fileForm);
+  store->addRow(m_dbFileRow);
+  m_dbServerFields = new QWidget(this);
+  m_dbServerFields->setObjectName(u"DB_ServerFields"_s);
+  m_dbHost = NamedEdit(u"DB_Host_TeEdit"_s, this);
+  m_dbPort = new QSpinBox(this);
+  m_dbPort->setObjectName(u"DB_Port_TeSpinEdit"_s);
+  m_dbPort->setRange(1, 65535);
+  m_dbDatabase = NamedEdit(u"DB_Database_TeEdit"_s, this);
+  m_dbUser = NamedEdit(u"DB_User_TeEdit"_s, this);
+  m_dbPassword = NamedEdit(u"DB_Password_TeEdit"_s, this);
+  m_dbPassword->setEchoMode(QLineEdit::PasswordEchoOnEdit);
+  m_dbService = NamedEdit(u"DB_Service_TeEdit"_s, this);
+  m_dbService->setPlaceholderText(u"可不填；填写后，上面空着的项取自 pg_service.conf"_s);
+  m_dbTest = NamedButton(u"TeButton_DB_Test"_s, u"测试连接"_s, this);
+  m_dbTestResult = NamedLabel(u"TeLabel_DBTestResult"_s, QString(), this);
+  m_dbTestResult->setWordWrap(true);
+  m_dbTestResult->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  auto *serverForm = Form();
+  serverForm->setContentsMargins(0, 0, 0, 0);
+  serverForm->addRow(NamedLabel(u"TeLabel_DBHost"_s, u"服务器地址:"_s, this), m_dbHost);
+  serverForm->addRow(NamedLabel(u"TeLabel_DBPort"_s, u"端口:"_s, this), m_dbPort);
+  serverForm->addRow(NamedLabel(u"TeLabel_DBDatabase"_s, u"数据库名:"_s, this), m_dbDatabase);
+  serverForm->addRow(NamedLabel(u"TeLabel_DBUser"_s, u"用户名:"_s, this), m_dbUser);
+  serverForm->addRow(NamedLabel(u"TeLabel_DBPassword"_s, u"密码:"_s, this), m_dbPassword);
+  serverForm->addRow(NamedLabel(u"TeLabel_DBService"_s, u"服务名:"_s, this), m_dbService);
+  serverForm->addRow(m_dbTest, m_dbTestResult);
+  m_dbServerFields->setLayout(serverForm);
+  store->addRow(m_dbServerFields);
+  auto *dbNote = NamedLabel(u"TeLabel_DBNote"_s, u"注意：应用后保存，程序下次启动时生效。"_s, this);
+  dbNote->setWordWrap(true);
+  store->addRow(dbNote);
+  connect(m_dbKind, &QComboBox::currentIndexChanged, this, [this](int kind) {
+    m_dbFileRow->setVisible(kind == 0);
+    m_dbServerFields->setVisible(kind == 1);
+  });
   auto *apply2 = NamedButton(u"TeEffectButton3"_s, u"应 用"_s, this);
   auto *cancel2 = NamedButton(u"TeEffectButton4"_s, u"取 消"_s, this);
 
@@ -196,6 +240,10 @@ SettingsDialog::SettingsDialog(Tsysset_Form &logic, QWidget *parent)
   onClick(cancel1, &Tsysset_Form::TeEffectButton2Click);
   onClick(browse, &Tsysset_Form::TeSpeedButton1Click);
   onClick(apply2, &Tsysset_Form::TeEffectButton3Click);
+  onClick(m_dbTest, &Tsysset_Form::TeButton_DB_TestClick);
+  // The answer arrives later; only the key and the label change then, so what
+  // was typed meanwhile stays.
+  connect(&m_logic, &Tsysset_Form::dbTestChanged, this, &SettingsDialog::ShowDbTest);
   onClick(cancel2, &Tsysset_Form::TeEffectButton4Click);
   onClick(apply3, &Tsysset_Form::TeEffectButton5Click);
   onClick(cancel3, &Tsysset_Form::TeEffectButton6Click);
@@ -241,6 +289,16 @@ void SettingsDialog::Refresh() {
   m_outNo->setText(m_logic.OutNo_LMDEdit);
   m_ldNo->setText(m_logic.LDNo_LMDEdit);
   m_dbFile->setText(m_logic.DBFile_TeEdit);
+  m_dbKind->setCurrentIndex(m_logic.DB_Kind_TeComboBox);
+  m_dbFileRow->setVisible(m_logic.DB_Kind_TeComboBox == 0);
+  m_dbServerFields->setVisible(m_logic.DB_Kind_TeComboBox == 1);
+  m_dbHost->setText(m_logic.DB_Host_TeEdit);
+  m_dbPort->setValue(m_logic.DB_Port_TeSpinEdit);
+  m_dbDatabase->setText(m_logic.DB_Database_TeEdit);
+  m_dbUser->setText(m_logic.DB_User_TeEdit);
+  m_dbPassword->setText(m_logic.DB_Password_TeEdit);
+  m_dbService->setText(m_logic.DB_Service_TeEdit);
+  ShowDbTest();
   m_ringFlag->setCurrentIndex(m_logic.RingFlag_TeSComboBox);
   for (int i = 0; i < m_extsPanel->count() && i < m_logic.TeListView_ExtsPanel.size(); ++i)
     m_extsPanel->item(i)->setCheckState(m_logic.TeListView_ExtsPanel[i].Checked ? Qt::Checked
@@ -273,6 +331,13 @@ void SettingsDialog::StoreEdits() {
   m_logic.OutNo_LMDEdit = m_outNo->text();
   m_logic.LDNo_LMDEdit = m_ldNo->text();
   m_logic.DBFile_TeEdit = m_dbFile->text();
+  m_logic.DB_Kind_TeComboBox = qMax(0, m_dbKind->currentIndex());
+  m_logic.DB_Host_TeEdit = m_dbHost->text();
+  m_logic.DB_Port_TeSpinEdit = m_dbPort->value();
+  m_logic.DB_Database_TeEdit = m_dbDatabase->text();
+  m_logic.DB_User_TeEdit = m_dbUser->text();
+  m_logic.DB_Password_TeEdit = m_dbPassword->text();
+  m_logic.DB_Service_TeEdit = m_dbService->text();
   m_logic.RingFlag_TeSComboBox = qMax(0, m_ringFlag->currentIndex());
   for (int i = 0; i < m_extsPanel->count() && i < m_logic.TeListView_ExtsPanel.size(); ++i)
     m_logic.TeListView_ExtsPanel[i].Checked = m_extsPanel->item(i)->checkState() == Qt::Checked;
@@ -288,6 +353,11 @@ void SettingsDialog::StoreEdits() {
   m_logic.Api_Listen_TeEdit = m_apiListen->text();
   m_logic.Api_Token_TeEdit = m_apiToken->text();
   m_logic.ActivePage = Tsysset_Form::Page(m_pages->currentIndex());
+}
+
+void SettingsDialog::ShowDbTest() {
+  m_dbTest->setEnabled(!m_logic.DB_Testing && bool(m_logic.ProbeStoreServer));
+  m_dbTestResult->setText(m_logic.DB_TestResult_Label);
 }
 
 void SettingsDialog::reject() {

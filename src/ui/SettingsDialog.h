@@ -6,6 +6,8 @@ class QCheckBox;
 class QSpinBox;
 
 class QComboBox;
+class QLabel;
+class QPushButton;
 class QLineEdit;
 class QListWidget;
 class QTabWidget;
@@ -38,6 +40,20 @@ private:
   QLineEdit *m_outNo;
   QLineEdit *m_ldNo;
   QLineEdit *m_dbFile;
+  // --- page 2: the database server ([DB]) ---
+  QComboBox *m_dbKind;
+  QWidget *m_dbFileRow;
+  QWidget *m_dbServerFields;
+  QLineEdit *m_dbHost;
+  QSpinBox *m_dbPort;
+  QLineEdit *m_dbDatabase;
+  QLineEdit *m_dbUser;
+  QLineEdit *m_dbPassword;
+  QLineEdit *m_dbService;
+  QPushButton *m_dbTest;
+  QLabel *m_dbTestResult;
+  void ShowDbTest();
+  // --- end of the [DB] part ---
   QComboBox *m_ringFlag;
   QListWidget *m_extsPanel;
   QLineEdit *m_linkURL;

@@ -87,6 +87,13 @@ private slots:
     QTest::newRow("help") << QStringList{u"--help"_s} << 0 << u"Usage: trunkdesk"_s;
     QTest::newRow("unknown option") << QStringList{u"--bogus"_s} << 2 << QString();
     QTest::newRow("home without folder") << QStringList{u"--home"_s} << 2 << QString();
+    // A copy that can't run says why and ends with a failure, before any window.
+    QTest::newRow("copy from nothing")
+        << QStringList{u"--copy-store"_s, u"/nonexistent/a.db"_s, u"/nonexistent/b.db"_s} << 1
+        << QString();
+    QTest::newRow("copy without a target") << QStringList{u"--copy-store"_s, u"a.db"_s} << 2
+                                           << QString();
+    QTest::newRow("replace alone") << QStringList{u"--replace"_s} << 2 << QString();
   }
   void commandLine() {
     QFETCH(QStringList, args);

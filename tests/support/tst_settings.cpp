@@ -7,12 +7,20 @@
 #include "support/Sysset_Unit.h"
 #include "support/TextFile.h"
 
+#include <QSemaphore>
 #include <QSignalSpy>
+#include <QThread>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
 namespace {
+QString LoadedDriver(const TestHome &) {
+  TSysConfig read;
+  LoadConfig(read);
+  return read.DBDriver;
+}
+
 // The file a save on an empty home must produce: every key of the record in its
 // written spelling, in the order the console writes them.
 QString ExpectedDefaultFile(const QString &dbFile) {
@@ -440,6 +448,78 @@ private slots:
     form.TeSpeedButton1Click();
     QCOMPARE(form.DBFile_TeEdit, u"/srv/notes.db"_s);
     QCOMPARE(shell.FileFilters.last(), u"数据库文件[*.db]|*.db"_s);
+  }
+
+  // The database page: the file, or a server named by a database or a
+  // service; applied to the record for the next start, saved with [DB].
+  void databasePageChoosesTheStore_data() {
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QString>("database");
+    QTest::addColumn<QString>("service");
+    QTest::addColumn<QString>("driver"); // after the apply; "-" when refused
+    QTest::newRow("back to the file") << 0 << u"hotel"_s << QString() << QString();
+    QTest::newRow("a server") << 1 << u" hotel "_s << QString() << u"QPSQL"_s;
+    QTest::newRow("a service alone") << 1 << QString() << u"front"_s << u"QPSQL"_s;
+    QTest::newRow("a server without a database") << 1 << QString() << QString() << u"-"_s;
+  }
+  void databasePageChoosesTheStore() {
+    QFETCH(int, kind);
+    QFETCH(QString, database);
+    QFETCH(QString, service);
+    QFETCH(QString, driver);
+    TestHome home;
+    home.Write(u"ini/sys.ini"_s, "[DB]\nDriver=QPSQL\nHost=db0\nDatabase=old\n");
+    home.Write(u"Database/Notes_DB.db"_s, "");
+    RecordingShell shell;
+    Tsysset_Form form;
+    form.FormCreate();
+    QCOMPARE(form.DB_Kind_TeComboBox, 1);
+    QCOMPARE(form.DB_Host_TeEdit, u"db0"_s);
+    form.DB_Kind_TeComboBox = kind;
+    form.DBFile_TeEdit = home.File(u"Database/Notes_DB.db"_s);
+    form.DB_Host_TeEdit = u"10.0.0.2"_s;
+    form.DB_Database_TeEdit = database;
+    form.DB_Service_TeEdit = service;
+    form.TeEffectButton3Click();
+    QCOMPARE(shell.Messages.size(), 1);
+    QCOMPARE(shell.Messages[0].Kind,
+             driver == u"-"_s ? MessageKind::Warning : MessageKind::Information);
+    const TSysConfig &c = SysConfig();
+    QCOMPARE(c.DBDriver, driver == u"-"_s ? u"QPSQL"_s : driver);
+    QCOMPARE(c.DBDatabase, driver == u"QPSQL"_s ? database.trimmed() : u"old"_s);
+    SaveConfig(SysConfig());
+    QCOMPARE(LoadedDriver(home), c.DBDriver);
+  }
+
+  // The test key: the probe runs on another thread with the fields as the
+  // page shows them; the key is off until the answer is on the page.
+  void databaseTestAnswersWithoutHoldingTheWindow() {
+    TestHome home;
+    Tsysset_Form form;
+    form.FormCreate();
+    QSemaphore answer;
+    QThread *probeThread = nullptr;
+    TStoreServer asked;
+    form.ProbeStoreServer = [&](const TStoreServer &server) {
+      probeThread = QThread::currentThread();
+      asked = server;
+      answer.acquire();
+      return TServerProbe{false, u"找不到主机 db9"_s};
+    };
+    QSignalSpy changed(&form, &Tsysset_Form::dbTestChanged);
+    form.DB_Host_TeEdit = u" db9 "_s;
+    form.DB_Port_TeSpinEdit = 5433;
+    form.TeButton_DB_TestClick();
+    form.TeButton_DB_TestClick(); // ignored while the first runs
+    QVERIFY(form.DB_Testing);
+    QVERIFY(form.DB_TestResult_Label.startsWith(u"正在连接"_s));
+    answer.release();
+    QTRY_VERIFY(!form.DB_Testing);
+    QCOMPARE(form.DB_TestResult_Label, u"找不到主机 db9"_s);
+    QCOMPARE(changed.size(), 2);
+    QVERIFY(probeThread && probeThread != QThread::currentThread());
+    QCOMPARE(asked.Host, u"db9"_s);
+    QCOMPARE(asked.Port, 5433);
   }
 
   // The API page: turned on only with a token long enough; turned off, or

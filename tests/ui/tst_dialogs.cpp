@@ -141,6 +141,39 @@ private slots:
     QCOMPARE(Control<QLineEdit>(&dialog, u"HostIP_LMDEdit"_s)->text(), u"10.2.2.2"_s);
   }
 
+  // The server's fields show once a server is chosen; what is typed reaches
+  // the logic at the apply, and the test key's answer lands on the page
+  // without undoing what was typed meanwhile.
+  void settingsDatabaseServerFields() {
+    TestHome home;
+    RecordingShell shell;
+    Tsysset_Form logic;
+    logic.FormCreate();
+    logic.ProbeStoreServer = [](const TStoreServer &server) {
+      return TServerProbe{true, u"连接成功 "_s + server.Host};
+    };
+    SettingsDialog dialog(logic);
+    logic.Show();
+    Control<QTabWidget>(&dialog, u"PageControl1"_s)
+        ->setCurrentWidget(Control<QWidget>(&dialog, u"TabSheet2"_s));
+    auto *fields = Control<QWidget>(&dialog, u"DB_ServerFields"_s);
+    QVERIFY(!fields->isVisible());
+    Control<QComboBox>(&dialog, u"DB_Kind_TeComboBox"_s)->setCurrentIndex(1);
+    QVERIFY(fields->isVisible());
+    QTest::keyClicks(Control<QLineEdit>(&dialog, u"DB_Host_TeEdit"_s), u"db1"_s);
+    QTest::keyClicks(Control<QLineEdit>(&dialog, u"DB_Database_TeEdit"_s), u"hotel"_s);
+    QTest::mouseClick(Control<QPushButton>(&dialog, u"TeButton_DB_Test"_s), Qt::LeftButton);
+    QTest::keyClicks(Control<QLineEdit>(&dialog, u"DB_User_TeEdit"_s), u"night"_s);
+    auto *result = Control<QLabel>(&dialog, u"TeLabel_DBTestResult"_s);
+    QTRY_COMPARE(result->text(), u"连接成功 db1"_s);
+    QVERIFY(Control<QPushButton>(&dialog, u"TeButton_DB_Test"_s)->isEnabled());
+    QCOMPARE(Control<QLineEdit>(&dialog, u"DB_User_TeEdit"_s)->text(), u"night"_s);
+    QTest::mouseClick(Control<QPushButton>(&dialog, u"TeEffectButton3"_s), Qt::LeftButton);
+    QCOMPARE(SysConfig().DBDriver, u"QPSQL"_s);
+    QCOMPARE(SysConfig().DBHost, u"db1"_s);
+    QCOMPARE(SysConfig().DBUser, u"night"_s);
+  }
+
   void languageSwitchReachesOpenDialogs() {
     LoginDesk d;
     d.home.CopyShipped(u"ini/lang_English.lan"_s);
