@@ -4,6 +4,8 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -318,7 +320,20 @@ QString TranslateJet(const QString &jetText, SqlTarget target) {
       tok.text = PostgresName(tok.text);
     } else if (pg && tok.kind == Token::Word && !ddl &&
                (WordIs(tok, "like") || WordIs(tok, "true") || WordIs(tok, "false"))) {
-      tok.text = WordIs(tok, "like") ? u"ilike"_s : WordIs(tok, "true") ? u"1"_s : u"0"_s;
+      // The file's like ignores case; the server's needs ilike for that, which
+      // costs it a good deal more. A pattern without a letter (numbers, the
+      // empty '%%' of an unused box) has no case to ignore.
+      // Only a pattern that is one string: one joined with more may have any.
+      const qsizetype next = NextSolid(t, i + 1);
+      const qsizetype after = next < t.size() ? NextSolid(t, next + 1) : t.size();
+      const bool joined = after < t.size() && (t[after].text == u"&"_s ||
+                                               t[after].text == u"||"_s || t[after].text == u"+"_s);
+      const bool caseless = next < t.size() && t[next].kind == Token::String && !joined &&
+                            std::none_of(t[next].text.cbegin(), t[next].text.cend(),
+                                         [](QChar c) { return c.isLetter(); });
+      tok.text = WordIs(tok, "like") ? (caseless ? u"like"_s : u"ilike"_s)
+                 : WordIs(tok, "true") ? u"1"_s
+                                       : u"0"_s;
     } else if (tok.kind == Token::Word) {
       const qsizetype next = NextSolid(t, i + 1);
       const bool call = next < t.size() && t[next].text == u"("_s;

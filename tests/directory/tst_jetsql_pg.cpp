@@ -34,6 +34,8 @@ private slots:
     row("like, strings, concatenation",
         u"select * from maininfo where ( phone1 like '%'&right('13800138000',7)&'%' ) and Name like \"%O'Brien%\" order by len(phone1)"_s,
         u"select * from maininfo where ( phone1 ilike '%'||jet_right('13800138000',7)||'%' ) and Name ilike '%O''Brien%' order by length(phone1)"_s);
+    row("like without a letter stays like", u"select * from PBXConRecords where Caller like '%8001%' and Called like '%%'"_s,
+        u"select * from PBXConRecords where Caller like '%8001%' and Called like '%%'"_s);
     row("talk time",
         u"select *,format(cdate(connecttime-starttime),\"hh:mm:ss\") as 通话时长 from PBXConRecords where (connectTime>=#2026-11-22 08::00::00#)"_s,
         u"select *,jet_format(jet_cdate(jet_datesub(connecttime,starttime)),'HH24\":\"MI\":\"SS') as 通话时长 from PBXConRecords where (connectTime>='2026-11-22 08:00:00')"_s);
