@@ -260,7 +260,17 @@ SettingsDialog::SettingsDialog(Tsysset_Form &logic, QWidget *parent)
       StoreEdits();
   });
   connect(m_linkURL, &QLineEdit::textEdited, this, [this] { StoreEdits(); });
-  connect(m_pages, &QTabWidget::currentChanged, this, [this](int index) {
+  // Enter applies the page in sight: its apply key is the dialog's default
+  // while the page shows (the keys of hidden pages never are).
+  const QList<QPushButton *> pageApply = {apply1, apply2, apply3, apply4, apply5, applyFrontDesk,
+                                          applyApi};
+  const auto makeDefault = [pageApply](int index) {
+    if (index >= 0 && index < pageApply.size())
+      pageApply.at(index)->setDefault(true);
+  };
+  makeDefault(m_pages->currentIndex());
+  connect(m_pages, &QTabWidget::currentChanged, this, [this, makeDefault](int index) {
+    makeDefault(index);
     if (index >= 0 && !m_refreshing)
       m_logic.ActivePage = Tsysset_Form::Page(index);
   });
