@@ -114,24 +114,15 @@ bool ConsoleProcess::Start(const QString &home, bool autoLogin, quint16 udpPort)
   if (!m_udp->FormCreate())
     return false;
 
-  // Another desk on the shared store wrote: the open views read again. What
-  // is this desk's own (its call lists, its layout) is not touched.
-  TStoreLink &store = Sys_DM().Link();
-  connect(&store, &TStoreLink::tablesChanged, this, [this](const QStringList &tables) {
-    if (tables.contains(u"maininfo"_s))
-      RunGuarded([this] { m_main->Pages().ContactsChangedElsewhere(); });
+  // Another desk on the shared store wrote tasks or call records: the task
+  // list and the record view read again (the main form follows contacts and
+  // rooms itself).
+  connect(&Sys_DM().Link(), &TStoreLink::tablesChanged, this, [this](const QStringList &tables) {
     if (tables.contains(u"task_table"_s))
       RunGuarded([this] { m_tasks->init_TeSpeedButtonClick(); });
-    if (tables.contains(u"exts"_s))
-      RunGuarded([this] { m_main->ExtsView().Exts_SharedChanged(); });
     if (tables.contains(u"pbxconrecords"_s) && !m_recordsRefresh.isActive())
       m_recordsRefresh.start();
   });
-  connect(&store, &TStoreLink::ownWriteOverwritten, this,
-          [this](const QString &table, qint64 id) {
-            if (table == u"maininfo"_s)
-              RunGuarded([this, id] { m_main->Pages().ContactOverwritten(qint32(id)); });
-          });
 
   connect(m_login.get(), &TLogin_Form::quitRequested, this, &ConsoleProcess::SilentClose);
   connect(m_main.get(), &TMain_Form::closeRequested, this, &ConsoleProcess::SilentClose);

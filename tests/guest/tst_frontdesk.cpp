@@ -74,6 +74,30 @@ class FrontDeskTest : public QObject {
   Q_OBJECT
 
 private slots:
+  // On a shared store another desk names a room, notes it and checks a guest
+  // in: this desk's grid shows it without a restart.
+  void anotherDesksRoomsShow() {
+    if (!TestStoreIsPg())
+      QSKIP("only a shared store has other desks");
+    LinkedDesk d(4);
+    QVERIFY(Ready(d));
+    {
+      const TSysConfig &c = SysConfig();
+      QSqlDatabase other = QSqlDatabase::addDatabase(u"QPSQL"_s, u"other_desk"_s);
+      other.setHostName(c.DBHost);
+      other.setPort(c.DBPort);
+      other.setDatabaseName(c.DBDatabase);
+      other.setUserName(c.DBUser);
+      QVERIFY(other.open());
+      QVERIFY(QSqlQuery(other).exec(u"UPDATE Exts SET RoomNo = '301', Memo = 'VIP', "
+                                    u"GuestName = 'Mr Wu', Occupied = 1 WHERE PortID = 3"_s));
+    }
+    QSqlDatabase::removeDatabase(u"other_desk"_s);
+    QTRY_COMPARE(Cell(d, 3, TExtGridModel::ColRoomNo), u"301"_s);
+    QCOMPARE(Cell(d, 3, TExtGridModel::ColMemo), u"VIP"_s);
+    QVERIFY(Cell(d, 3, TExtGridModel::ColSpare).contains(u"Mr Wu"_s));
+  }
+
   // Two checked rooms in, then out with one key: the exchange and the store
   // see each room set and then reset, with a history row for each.
   void checkInThenCheckOut() {
