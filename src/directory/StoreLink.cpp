@@ -26,6 +26,11 @@ const QStringList kSharedTables = {u"exts"_s, u"maininfo"_s, u"pbxconrecords"_s,
 TStoreLink::TStoreLink() {
   m_retry.setSingleShot(true);
   connect(&m_retry, &QTimer::timeout, this, &TStoreLink::TryReconnect);
+  m_watch.setInterval(kWatchMs);
+  connect(&m_watch, &QTimer::timeout, this, [this] {
+    if (m_attached && !m_away && !StoreConnection().isOpen())
+      GoAway(u"the server closed the connection"_s);
+  });
   m_changesTimer.setSingleShot(true);
   m_changesTimer.setInterval(kChangesDelayMs);
   connect(&m_changesTimer, &QTimer::timeout, this, [this] {
@@ -54,6 +59,7 @@ void TStoreLink::StopWithTheApplication() {
 }
 
 void TStoreLink::StopTimers() {
+  m_watch.stop();
   m_retry.stop();
   m_changesTimer.stop();
 }
@@ -61,6 +67,7 @@ void TStoreLink::StopTimers() {
 void TStoreLink::Attach() {
   m_attached = true;
   StopWithTheApplication();
+  m_watch.start();
   QSqlDatabase db = StoreConnection();
   QSqlQuery q(db);
   // Another desk's lock is waited for a moment, not a shift; a statement
@@ -76,6 +83,7 @@ void TStoreLink::Attach() {
 }
 
 void TStoreLink::Reset() {
+  m_watch.stop();
   m_retry.stop();
   m_changesTimer.stop();
   m_changed.clear();
@@ -115,6 +123,7 @@ bool TStoreLink::CheckLost() {
 void TStoreLink::GoAway(const QString &reason) {
   m_away = true;
   m_attached = false;
+  m_watch.stop();
   m_lastReason = reason;
   // Closed, so that nothing else waits on a dead line; the records that
   // arrive meanwhile see a closed store and are kept.

@@ -29,6 +29,10 @@ public:
   static constexpr int kLastRetryMs = 30000;
   // Changes of one moment (a burst of call records) are announced together.
   static constexpr int kChangesDelayMs = 100;
+  // How often an idle desk looks whether the driver has closed the
+  // connection (it does when the server ends it or keepalives find the line
+  // dead); a look costs no statement.
+  static constexpr int kWatchMs = 2000;
   // The one channel the schema's triggers notify: the payload is the table's
   // name in lower case, or an overwrite note (see AnnounceOverwrite).
   static constexpr char16_t kChannel[] = u"trunkdesk_changes";
@@ -93,6 +97,7 @@ private:
   int m_retryMs = kFirstRetryMs;
   QString m_lastReason;
   QTimer m_retry;
+  QTimer m_watch;
   QTimer m_changesTimer;
   QSet<QString> m_changed;
   std::unique_ptr<QThread> m_probe;
