@@ -345,6 +345,9 @@ QString OpenFailure(const QString &where, const QString &serverText, bool *unrea
          u"itself when the server answers."_s.arg(where);
 }
 
+// The advisory lock the desks' schema steps share ("TD" and a date).
+constexpr qint64 kSchemaLock = 0x5444'2026'1124;
+
 QString RecordKey() {
   return u"coalesce(Caller, ''), coalesce(Called, ''), coalesce(startTime::text, ''), "
          u"coalesce(stopTime::text, ''), coalesce(IOFlag, -1), coalesce(RecType, -1), "
@@ -587,6 +590,13 @@ void TSys_DM::ServerSession() {
   // The server's notices ("already exists, skipping") are no news to a desk.
   Native(u"SET client_min_messages = warning"_s);
   if (!m_schemaChecked) {
+    // Desks that start together take turns at the checks and the schema
+    // steps: two first starts would both make the tables and the rooms. The
+    // lock ends with the step, or with the session of a desk that died in it.
+    Native(u"SELECT pg_advisory_lock(%1)"_s.arg(kSchemaLock));
+    auto unlock = qScopeGuard([] {
+      QSqlQuery(StoreConnection()).exec(u"SELECT pg_advisory_unlock(%1)"_s.arg(kSchemaLock));
+    });
     CheckStoreIsOurs();
     InOneTransaction([] {
       for (const QString &function : PostgresJetFunctions())

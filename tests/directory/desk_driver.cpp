@@ -5,7 +5,7 @@
 //
 //   desk_driver HOME HOST PORT DATABASE USER
 //   contact NAME PHONE | lookup NUMBER | task TITLE | tasks
-//   record CALLER CALLED yyyy-MM-ddThh:mm:ss | records
+//   record CALLER CALLED yyyy-MM-ddThh:mm:ss | records | rooms
 // Events: "changed TABLE,...", "away", "back".
 #include "directory/DirectoryPages.h"
 #include "directory/SysDM_Unit.h"
@@ -65,6 +65,11 @@ QString Answer(TDirectoryPages &pages, TTasks_Form &tasks, const QStringList &wo
     r.IOFlag = 1;
     Sys_DM().AddPBXConRecord(r);
     return u"ok record"_s;
+  }
+  if (verb == u"rooms"_s) {
+    TADOQuery q;
+    Sys_DM().OpenSQL(u"select count(*) as n from Exts"_s, q);
+    return u"rooms %1"_s.arg(q.AsInteger(u"n"_s));
   }
   if (verb == u"records"_s) {
     TADOQuery q;

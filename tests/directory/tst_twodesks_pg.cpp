@@ -1,6 +1,7 @@
 // Two desks as two processes (desk_driver: the console's store code without
 // its screens) on one throwaway server: a contact and a task saved at one
-// are seen by the other without a restart, a call record pushed to both is
+// are seen by the other without a restart, a first start of both at once
+// makes one schema, a call record pushed to both is
 // stored once, and a restart of the server in mid-shift loses no record.
 #include "common/PgStore.h"
 #include "common/TestHome.h"
@@ -59,11 +60,12 @@ private slots:
   void initTestCase() { TestHome::AfterReset() = pgstore_detail::PointAtServer; }
 
   void twoDesksShareAndSurviveARestart() {
-    TestHome home; // an empty database
+    TestHome home; // an empty database, which both desks set up at once
     Desk a(home.Path() + u"a"_s);
-    QCOMPARE(a.Await(u"ready"_s), u"ready"_s);
     Desk b(home.Path() + u"b"_s);
+    QCOMPARE(a.Await(u"ready"_s), u"ready"_s);
     QCOMPARE(b.Await(u"ready"_s), u"ready"_s);
+    QCOMPARE(a.Ask({u"rooms"_s}, u"rooms"_s), u"rooms 3072"_s);
 
     QVERIFY(a.Ask({u"contact"_s, u"Mrs Lee"_s, u"13800138000"_s}, u"ok"_s).startsWith(u"ok"_s));
     QVERIFY(b.Await(u"changed"_s).contains(u"maininfo"_s));
