@@ -197,8 +197,8 @@ void TDirectoryPages::UpdateMainInfo(const TMaininfoRecord &record, qint32 id) {
   const bool versioned = Sys_DM().Target() == SqlTarget::Postgres &&
                          Select_ADOQuery.HasField(u"RowVersion"_s) && !Select_ADOQuery.IsEmpty();
   const qint64 found = versioned ? Select_ADOQuery.Value(u"RowVersion"_s).toLongLong() : -1;
-  const bool overtaken = versioned && id == CurrentMatID && MatShownVersion >= 0 &&
-                         found != MatShownVersion;
+  const bool overtaken =
+      versioned && id == CurrentMatID && MatShownVersion >= 0 && found != MatShownVersion;
   Select_ADOQuery.Edit();
   SetContactColumns(Select_ADOQuery, record);
   Select_ADOQuery.Post();

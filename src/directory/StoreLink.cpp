@@ -169,8 +169,8 @@ void TStoreLink::TryReconnect() {
   struct Target {
     QString host, database, user, password, options;
     int port;
-  } t{store.hostName(), store.databaseName(), store.userName(), store.password(),
-      store.connectOptions(), store.port()};
+  } t{store.hostName(), store.databaseName(),   store.userName(),
+      store.password(), store.connectOptions(), store.port()};
   m_probe.reset(QThread::create([this, t] {
     const QString name = u"trunkdesk_store_probe"_s;
     bool reachable = false;
@@ -215,8 +215,8 @@ void TStoreLink::ProbeDone(bool reachable, const QString &reason) {
   m_away = false;
   m_retryMs = kFirstRetryMs;
   const qint64 waiting = Sys_DM().PendingWrites().Waiting();
-  WriteLog(u"Store: the database server %1 is back; %2 kept records are written"_s.arg(
-      Sys_DM().FileName())
+  WriteLog(u"Store: the database server %1 is back; %2 kept records are written"_s
+               .arg(Sys_DM().FileName())
                .arg(waiting));
   TheShell().Balloon(u"Shared database"_s,
                      u"The shared database is back. %1 call records kept meanwhile are being "

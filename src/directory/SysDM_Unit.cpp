@@ -337,8 +337,7 @@ QString OpenFailure(const QString &where, const QString &serverText, bool *unrea
            u"database page of the settings."_s.arg(where);
   if (t.contains(u"database \""_s) && t.contains(u"does not exist"_s))
     return u"The database server %1 has no such database. Check the database name on the "
-           u"database page of the settings, or have the database made on the server."_s.arg(
-               where);
+           u"database page of the settings, or have the database made on the server."_s.arg(where);
   *unreachable = true;
   return u"Cannot reach the database server %1: it does not answer. The console goes on "
          u"without the shared database, keeps call records on this computer and connects by "
@@ -402,9 +401,10 @@ void EnsureChangeNotices() {
     return;
   try {
     InOneTransaction([] {
-      Native(u"CREATE OR REPLACE FUNCTION trunkdesk_changed() RETURNS trigger LANGUAGE plpgsql "
-             u"AS $$ BEGIN PERFORM pg_notify('%1', lower(TG_TABLE_NAME)); RETURN NULL; END $$"_s
-                 .arg(QString::fromUtf16(TStoreLink::kChannel)));
+      Native(
+          u"CREATE OR REPLACE FUNCTION trunkdesk_changed() RETURNS trigger LANGUAGE plpgsql "
+          u"AS $$ BEGIN PERFORM pg_notify('%1', lower(TG_TABLE_NAME)); RETURN NULL; END $$"_s.arg(
+              QString::fromUtf16(TStoreLink::kChannel)));
       for (const auto &[table, events] : watched) {
         Native(u"DROP TRIGGER IF EXISTS %1_Changes ON %1"_s.arg(table));
         Native(u"CREATE TRIGGER %1_Changes AFTER %2 ON %1 FOR EACH STATEMENT EXECUTE FUNCTION "
@@ -571,8 +571,8 @@ void TSys_DM::OpenServer() {
   m_target = SqlTarget::Postgres;
   if (!db.open()) {
     const QString reason = db.lastError().text().trimmed();
-    WriteLog(u"Store: the database server %1 refused or did not answer: %2"_s.arg(m_fileName,
-                                                                                   reason));
+    WriteLog(
+        u"Store: the database server %1 refused or did not answer: %2"_s.arg(m_fileName, reason));
     bool unreachable = false;
     const QString words = OpenFailure(m_fileName, reason, &unreachable);
     // A server that is down comes back by itself; a wrong password or name
@@ -647,10 +647,10 @@ void TSys_DM::CheckStoreIsOurs() {
       found = found || TableExists(table);
     if (!found) {
       QStringList some = tables.mid(0, 3);
-      refusal = u"The database %1 holds the tables of another program (%2%3). Nothing was "
-                u"changed in it. Name a database of its own for the console in the settings."_s
-                    .arg(m_fileName, some.join(u", "_s),
-                         tables.size() > some.size() ? u", ..."_s : QString());
+      refusal =
+          u"The database %1 holds the tables of another program (%2%3). Nothing was "
+          u"changed in it. Name a database of its own for the console in the settings."_s.arg(
+              m_fileName, some.join(u", "_s), tables.size() > some.size() ? u", ..."_s : QString());
     }
   }
   if (refusal.isEmpty())

@@ -94,8 +94,8 @@ PgServer::PgServer() {
       rules = hba.readAll();
     hba.close();
     if (!hba.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
-        hba.write("host all " + PasswordUser().toUtf8() + " 127.0.0.1/32 scram-sha-256\n" +
-                  rules) < 0) {
+        hba.write("host all " + PasswordUser().toUtf8() + " 127.0.0.1/32 scram-sha-256\n" + rules) <
+            0) {
       m_error = u"Cannot write pg_hba.conf"_s;
       return;
     }

@@ -145,10 +145,10 @@ private slots:
     QTest::addColumn<QString>("user");
     QTest::addColumn<QString>("database");
     QTest::addColumn<QString>("words");
-    QTest::newRow("wrong password") << QString() << u"trunkdesk_pw"_s << QString()
-                                    << u"refused the user name or password"_s;
-    QTest::newRow("no such database") << QString() << QString() << u"nowhere"_s
-                                      << u"has no such database"_s;
+    QTest::newRow("wrong password")
+        << QString() << u"trunkdesk_pw"_s << QString() << u"refused the user name or password"_s;
+    QTest::newRow("no such database")
+        << QString() << QString() << u"nowhere"_s << u"has no such database"_s;
     QTest::newRow("another program's database")
         << u"CREATE TABLE invoices (no integer)"_s << QString() << QString()
         << u"holds the tables of another program (invoices)"_s;
@@ -238,10 +238,10 @@ private slots:
 
     // Now the other desk's later save replaces this desk's version 3.
     QSignalSpy overwritten(&Sys_DM().Link(), &TStoreLink::ownWriteOverwritten);
-    QVERIFY(Run(other, u"SELECT pg_notify('trunkdesk_changes', 'overwritten:maininfo:%1:2')"_s.arg(
-                           id)));
-    QVERIFY(Run(other, u"SELECT pg_notify('trunkdesk_changes', 'overwritten:maininfo:%1:3')"_s.arg(
-                           id)));
+    QVERIFY(Run(other,
+                u"SELECT pg_notify('trunkdesk_changes', 'overwritten:maininfo:%1:2')"_s.arg(id)));
+    QVERIFY(Run(other,
+                u"SELECT pg_notify('trunkdesk_changes', 'overwritten:maininfo:%1:3')"_s.arg(id)));
     QTRY_COMPARE(overwritten.size(), 1);
     QCOMPARE(overwritten[0][1].toLongLong(), id);
     pages.ContactOverwritten(id);

@@ -17,9 +17,9 @@ public:
   explicit Desk(const QString &home) {
     PgServer &server = *pgstore_detail::Server();
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(QStringLiteral(DESK_DRIVER),
-                    {home, server.Host(), QString::number(server.Port()), server.Database(),
-                     server.User()});
+    m_process.start(
+        QStringLiteral(DESK_DRIVER),
+        {home, server.Host(), QString::number(server.Port()), server.Database(), server.User()});
   }
   ~Desk() {
     m_process.closeWriteChannel();

@@ -35,10 +35,11 @@ QString Cell(LinkedDesk &d, int id, int column) {
 
 // The room history's texts joined in the order they were written, on either store.
 QString History(const QString &text) {
-  return Value(TestStoreIsPg()
-                   ? u"select coalesce(string_agg(%1, ',' order by ID), '') from RoomHistory"_s.arg(text)
-                   : u"select coalesce(group_concat(%1, ','), '') from "
-                     u"(select * from RoomHistory order by ID)"_s.arg(text));
+  return Value(
+      TestStoreIsPg()
+          ? u"select coalesce(string_agg(%1, ',' order by ID), '') from RoomHistory"_s.arg(text)
+          : u"select coalesce(group_concat(%1, ','), '') from "
+            u"(select * from RoomHistory order by ID)"_s.arg(text));
 }
 
 QString Room(int port, const QString &columns) {
