@@ -347,42 +347,85 @@ QString OpenFailure(const QString &where, const QString &serverText, bool *unrea
 // The advisory lock the desks' schema steps share ("TD" and a date).
 constexpr qint64 kSchemaLock = 0x5444'2026'1124;
 
-QString RecordKey() {
-  return u"coalesce(Caller, ''), coalesce(Called, ''), coalesce(startTime::text, ''), "
-         u"coalesce(stopTime::text, ''), coalesce(IOFlag, -1), coalesce(RecType, -1), "
-         u"coalesce(assType, -1), coalesce(assPhone, '')"_s;
+// What the exchange sends of a call record, NULL counting as a value. The
+// start time is not among them: each desk stamps a record when it arrives.
+const QStringList kRecordKey = {u"coalesce(Caller, '')"_s,         u"coalesce(Called, '')"_s,
+                                u"coalesce(stopTime::text, '')"_s, u"coalesce(IOFlag, -1)"_s,
+                                u"coalesce(RecType, -1)"_s,        u"coalesce(assType, -1)"_s,
+                                u"coalesce(assPhone, '')"_s};
+// Each desk stamps a record with its own clock as it arrives, so two desks'
+// copies of one record may differ by a moment, across a second's edge or by
+// the desks' clocks apart. Copies stamped less than this apart are one record;
+// two real calls between the same numbers with the same flags don't end so
+// close together.
+constexpr int kTwinSeconds = 3;
+
+QString RecordStamp(const QString &row) {
+  return u"coalesce(jet_date(%1startTime), timestamp 'epoch')"_s.arg(row);
 }
 
 // Two desks receive every call record the exchange pushes, and both append
-// it; a record is one row however many desks stored it. A record is known by
-// every column the exchange sends (a transfer and its first leg differ in
-// assType and assPhone), NULL counting as a value. The appends skip a row that
-// is there already (ON CONFLICT DO NOTHING in TPendingWrites). A store that
-// two desks already shared holds such twins: the later copies go, in the same
-// transaction that makes the index, so the upgrade is all or nothing. A file
-// store keeps its old behaviour: one desk appends each record once, and the
-// index would only cost its start and its space.
+// it; a record is one row however many desks stored it (a transfer and its
+// first leg differ in assType and assPhone). The rule is an exclusion
+// constraint: same columns, stamps closer than kTwinSeconds. The appends skip
+// a row that the rule refuses (ON CONFLICT DO NOTHING in TPendingWrites). A
+// server without the btree_gist extension gets a plain unique index that
+// also takes the stamp, which still catches the copies of one second. A store
+// that two desks already shared holds twins: the later copies go in the same
+// transaction that makes the rule, so the upgrade is all or nothing. A file
+// store keeps its old behaviour: one desk appends each record once.
 void EnsureRecordOnce() {
-  const QString index = QString::fromUtf16(TSys_DM::kRecordOnceIndex);
-  if (NativeCount(u"SELECT count(*) FROM pg_indexes WHERE schemaname = current_schema() AND "
-                  u"indexname = '%1'"_s.arg(index.toLower())) == 1)
+  const QString name = QString::fromUtf16(TSys_DM::kRecordOnceIndex);
+  if (NativeCount(u"SELECT count(*) FROM pg_class WHERE relname = '%1' AND relnamespace = "
+                  u"current_schema()::regnamespace"_s.arg(name.toLower())) == 1)
     return;
+  QStringList same;
+  QStringList elements;
+  for (const QString &column : kRecordKey) {
+    same << QString(column).replace(u"coalesce("_s, u"coalesce(a."_s) + u" = "_s +
+                QString(column).replace(u"coalesce("_s, u"coalesce(b."_s);
+    elements << u'(' + column + u") WITH ="_s;
+  }
+  const QString nearby =
+      u"abs(extract(epoch FROM %1 - %2)) < %3"_s.arg(RecordStamp(u"a."_s), RecordStamp(u"b."_s))
+          .arg(kTwinSeconds);
+  const QString stamp = RecordStamp(QString());
+  const QString window =
+      u"(tsrange(%1 - interval '%2 ms', %1 + interval '%2 ms')) WITH &&"_s.arg(stamp).arg(
+          kTwinSeconds * 500);
+  QString unavailable;
+  try {
+    Native(u"CREATE EXTENSION IF NOT EXISTS btree_gist"_s);
+  } catch (const EDatabaseError &error) {
+    unavailable = error.Message();
+  }
   try {
     InOneTransaction([&] {
       QSqlQuery q(StoreConnection());
-      if (!q.exec(u"DELETE FROM PBXConRecords WHERE ID IN (SELECT ID FROM (SELECT ID, "
-                  u"row_number() OVER (PARTITION BY %1 ORDER BY ID) AS n FROM PBXConRecords) d "
-                  u"WHERE n > 1)"_s.arg(RecordKey())))
+      const QString twins = unavailable.isEmpty()
+                                ? nearby
+                                : u"%1 = %2"_s.arg(RecordStamp(u"a."_s), RecordStamp(u"b."_s));
+      if (!q.exec(u"DELETE FROM PBXConRecords a USING PBXConRecords b WHERE b.ID < a.ID AND %1 "
+                  u"AND %2"_s.arg(same.join(u" AND "_s), twins)))
         throw EDatabaseError(q.lastError().text());
       if (q.numRowsAffected() > 0)
         WriteLog(u"Call records stored twice by two desks: %1 second copies removed"_s.arg(
             q.numRowsAffected()));
-      Native(u"CREATE UNIQUE INDEX %1 ON PBXConRecords ((%2))"_s.arg(
-          index, RecordKey().replace(u", coalesce"_s, u"), (coalesce"_s)));
+      if (unavailable.isEmpty())
+        Native(u"ALTER TABLE PBXConRecords ADD CONSTRAINT %1 EXCLUDE USING gist (%2, %3)"_s.arg(
+            name, elements.join(u", "_s), window));
+      else
+        Native(u"CREATE UNIQUE INDEX %1 ON PBXConRecords ((%2), (%3))"_s.arg(
+            name, kRecordKey.join(u"), ("_s), stamp));
     });
   } catch (const EDatabaseError &error) {
     WriteLog(u"The call records' uniqueness rule could not be made: "_s + error.Message());
+    return;
   }
+  if (!unavailable.isEmpty())
+    WriteLog(u"Without the server's btree_gist extension two desks' copies of a call record "
+             u"are one only when stamped in the same second ("_s +
+             unavailable + u')');
 }
 
 // Every write to what the desks share tells the others, whoever wrote it: a
@@ -595,7 +638,8 @@ void TSys_DM::ServerSession() {
     // lock ends with the step, or with the session of a desk that died in it.
     Native(u"SELECT pg_advisory_lock(%1)"_s.arg(kSchemaLock));
     auto unlock = qScopeGuard([] {
-      QSqlQuery(StoreConnection()).exec(u"SELECT pg_advisory_unlock(%1)"_s.arg(kSchemaLock));
+      if (StoreConnection().isOpen()) // a refused store was closed, and its lock with it
+        QSqlQuery(StoreConnection()).exec(u"SELECT pg_advisory_unlock(%1)"_s.arg(kSchemaLock));
     });
     CheckStoreIsOurs();
     InOneTransaction([] {
