@@ -67,7 +67,8 @@ public:
   static constexpr int kStoreVersion = 1;
   static constexpr char16_t kVersionTable[] = u"TrunkdeskStore";
   // On a shared store: one row per call record the exchange pushed, however
-  // many desks received it (a unique index over every column a record has).
+  // many desks received and stamped it (an exclusion constraint: the same
+  // columns, stamps less than a few seconds apart).
   static constexpr char16_t kRecordOnceIndex[] = u"PBXConRecords_Once";
 
   // Opens the file the settings name when it exists, else Database/Notes_DB.db
