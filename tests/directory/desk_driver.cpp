@@ -5,7 +5,7 @@
 //
 //   desk_driver HOME HOST PORT DATABASE USER
 //   contact NAME PHONE | lookup NUMBER | task TITLE | tasks
-//   record CALLER CALLED yyyy-MM-ddThh:mm:ss | records | rooms
+//   record CALLER CALLED [yyyy-MM-ddThh:mm:ss] | records | rooms
 // Events: "changed TABLE,...", "away", "back".
 #include "directory/DirectoryPages.h"
 #include "directory/SysDM_Unit.h"
@@ -60,8 +60,10 @@ QString Answer(TDirectoryPages &pages, TTasks_Form &tasks, const QStringList &wo
     TPBXConRecord r;
     r.Caller = words.value(1);
     r.Called = words.value(2);
-    r.startTime = TDateTime::FromQDateTime(QDateTime::fromString(words.value(3), Qt::ISODate));
-    r.stopTime = r.startTime + 1.0 / 24 / 60;
+    // Without a time the record is stamped on arrival, as the exchange's are.
+    r.startTime = words.size() > 3
+                      ? TDateTime::FromQDateTime(QDateTime::fromString(words[3], Qt::ISODate))
+                      : Now();
     r.IOFlag = 1;
     Sys_DM().AddPBXConRecord(r);
     return u"ok record"_s;
