@@ -119,6 +119,16 @@ bool ConsoleProcess::Start(const QString &home, bool autoLogin, quint16 udpPort)
   if (!m_udp->FormCreate())
     return false;
 
+  // Another desk on the shared store wrote tasks or call records: the task
+  // list and the record view read again (the main form follows contacts and
+  // rooms itself).
+  connect(&Sys_DM().Link(), &TStoreLink::tablesChanged, this, [this](const QStringList &tables) {
+    if (tables.contains(u"task_table"_s))
+      RunGuarded([this] { m_tasks->init_TeSpeedButtonClick(); });
+    if (tables.contains(u"pbxconrecords"_s) && !m_recordsRefresh.isActive())
+      m_recordsRefresh.start();
+  });
+
   connect(m_login.get(), &TLogin_Form::quitRequested, this, &ConsoleProcess::SilentClose);
   connect(m_main.get(), &TMain_Form::closeRequested, this, &ConsoleProcess::SilentClose);
 

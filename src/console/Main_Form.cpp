@@ -45,6 +45,19 @@ TMain_Form::TMain_Form(QObject *parent)
   connect(m_deviceEvents.get(), &TDeviceEvents::deviceNotice, this, &TMain_Form::DeviceNotice);
   WireGuest();
   WireRecords();
+  // Another desk on the shared store wrote: the contact grid and the rooms'
+  // texts read again; this desk's own call lists and devices stay as they are.
+  TStoreLink &store = Sys_DM().Link();
+  connect(&store, &TStoreLink::tablesChanged, this, [this](const QStringList &tables) {
+    if (tables.contains(u"maininfo"_s))
+      RunGuarded([this] { m_pages->ContactsChangedElsewhere(); });
+    if (tables.contains(u"exts"_s))
+      RunGuarded([this] { m_extsView->Exts_SharedChanged(); });
+  });
+  connect(&store, &TStoreLink::ownWriteOverwritten, this, [this](const QString &table, qint64 id) {
+    if (table == u"maininfo"_s)
+      RunGuarded([this, id] { m_pages->ContactOverwritten(qint32(id)); });
+  });
   // A ringing call on an analogue trunk is titled with the trunk's name.
   AnalogTrunkName = [this](int line) {
     const TPhoneTis *p = m_devices->Device(line);

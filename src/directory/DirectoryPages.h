@@ -114,6 +114,16 @@ public:
 
   qint32 CurrentMatID = -1;
   bool MatChanged = false;
+  // On a shared store, the version the shown contact had when this desk read
+  // it (-1: none, or a file store). A save that finds a later one was
+  // overtaken by another desk: it still wins, and the operator is told.
+  qint64 MatShownVersion = -1;
+  void NoteMatShown();
+  // Another desk's later save replaced this desk's save of a contact.
+  void ContactOverwritten(qint32 id);
+  // Another desk changed contacts: the open search grid and the group names
+  // read again.
+  void ContactsChangedElsewhere();
   TMaininfoRecord MatHoldRecord; // what N4 copied
 
   // A field of the page was edited (the view calls this on every change).

@@ -5,6 +5,7 @@
 
 #include "directory/SysDM_Unit.h"
 #include "support/LanguagePack.h"
+#include "support/Log.h"
 #include "support/Shell.h"
 
 #include <QUrl>
@@ -134,6 +135,7 @@ void TDirectoryPages::SetMatRecord(const TMaininfoRecord &r) {
   Mat_Memo_Memo = r.Memo;
   Mat_GrpName_TeSComboBox = r.GrpName;
   CurrentMatID = r.ID;
+  NoteMatShown();
   const TMaininfoRecord after = ReadMatPage();
   if (before.Name != after.Name || before.BranchTel != after.BranchTel ||
       before.Phone1 != after.Phone1 || before.MobilePhone != after.MobilePhone ||
@@ -176,6 +178,7 @@ void TDirectoryPages::AddMainInfo(const TMaininfoRecord &record) {
   SetContactColumns(Select_ADOQuery, record);
   Select_ADOQuery.Post();
   CurrentMatID = Select_ADOQuery.AsInteger(u"ID"_s);
+  NoteMatShown();
 
   TMaininfoRecord stored = record;
   stored.ID = CurrentMatID;
@@ -191,9 +194,27 @@ void TDirectoryPages::UpdateMainInfo(const TMaininfoRecord &record, qint32 id) {
     return;
   }
   Sys_DM().OpenSQL(u"select * from maininfo where ID=%1"_s.arg(id), Select_ADOQuery);
+  const bool versioned = Sys_DM().Target() == SqlTarget::Postgres &&
+                         Select_ADOQuery.HasField(u"RowVersion"_s) && !Select_ADOQuery.IsEmpty();
+  const qint64 found = versioned ? Select_ADOQuery.Value(u"RowVersion"_s).toLongLong() : -1;
+  const bool overtaken =
+      versioned && id == CurrentMatID && MatShownVersion >= 0 && found != MatShownVersion;
   Select_ADOQuery.Edit();
   SetContactColumns(Select_ADOQuery, record);
   Select_ADOQuery.Post();
+  if (versioned) {
+    // The server's trigger counted the save one up.
+    Sys_DM().Link().NoteOwnWrite(u"MainInfo"_s, id, found + 1);
+    if (id == CurrentMatID)
+      MatShownVersion = found + 1;
+  }
+  if (overtaken) {
+    Sys_DM().Link().AnnounceOverwrite(u"MainInfo"_s, id, found);
+    WriteLog(u"Contact %1 (%2) saved over another desk's change"_s.arg(id).arg(record.Name));
+    TheShell().Message(MessageKind::Warning,
+                       u"The contact \u201c%1\u201d was changed at another desk after it was "
+                       u"shown here. Your save replaced that change."_s.arg(record.Name));
+  }
 
   TMaininfoRecord stored = record;
   stored.ID = id;
@@ -415,4 +436,30 @@ void TDirectoryPages::UpdateCallList(TCallListModel &list, ListUpdate kind,
     }
     list.Replace(i, item);
   }
+}
+
+void TDirectoryPages::NoteMatShown() {
+  MatShownVersion = -1;
+  if (CurrentMatID < 0 || Sys_DM().Target() != SqlTarget::Postgres)
+    return;
+  TADOQuery q;
+  Sys_DM().OpenSQL(u"select RowVersion from MainInfo where ID=%1"_s.arg(CurrentMatID), q);
+  if (!q.IsEmpty())
+    MatShownVersion = q.Value(u"RowVersion"_s).toLongLong();
+}
+
+void TDirectoryPages::ContactOverwritten(qint32 id) {
+  TADOQuery q;
+  Sys_DM().OpenSQL(u"select Name from MainInfo where ID=%1"_s.arg(id), q);
+  const QString name = q.IsEmpty() ? QString::number(id) : q.AsString(u"Name"_s);
+  WriteLog(u"Contact %1 (%2): this desk's save was replaced by another desk's"_s.arg(id).arg(name));
+  TheShell().Message(MessageKind::Warning,
+                     u"Your change to the contact \u201c%1\u201d was replaced by a later save at "
+                     u"another desk."_s.arg(name));
+}
+
+void TDirectoryPages::ContactsChangedElsewhere() {
+  if (MainInfo_DBAdvStringGrid.Active())
+    MainInfo_DBAdvStringGrid.Reopen();
+  RefreshGroupNames();
 }

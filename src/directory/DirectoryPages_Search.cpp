@@ -182,6 +182,9 @@ void TDirectoryPages::MainInfo_DBAdvStringGridDblClick(int row) {
   Mat_Memo_Memo = q.AsString(u"Memo"_s);
   emit pageRequested(Page::Mat_TeTabSheet);
   CurrentMatID = q.AsInteger(u"ID"_s);
+  MatShownVersion = q.HasField(u"RowVersion"_s) && Sys_DM().Target() == SqlTarget::Postgres
+                        ? q.Value(u"RowVersion"_s).toLongLong()
+                        : -1;
   MatChanged = false;
   emit cardsChanged();
 }

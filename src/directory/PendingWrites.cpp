@@ -109,6 +109,12 @@ bool TPendingWrites::Flush() {
     return Waiting() == 0;
   if (Waiting() == 0)
     return true;
+  // The shared store is away: what arrives goes to the spill file at once,
+  // where a crash can't take it, and the link writes it when the server is back.
+  if (Sys_DM().Link().Away()) {
+    SpillMemory();
+    return false;
+  }
   m_flushing = true;
   // The file holds the oldest rows, memory the newest: past the bound the
   // oldest in memory join the file's end, so the order of arrival is the order
@@ -151,6 +157,8 @@ bool TPendingWrites::Flush() {
 TPendingWrites::Outcome TPendingWrites::Begin() {
   QSqlDatabase db = StoreConnection();
   if (!db.isOpen()) {
+    // The driver closes a connection whose server went away.
+    Sys_DM().Link().CheckLost();
     NoteWaiting(u"the database is not open"_s);
     return Outcome::Busy;
   }
@@ -159,7 +167,9 @@ TPendingWrites::Outcome TPendingWrites::Begin() {
   if (Sys_DM().Target() == SqlTarget::Postgres) {
     if (q.exec(u"BEGIN"_s))
       return Outcome::Written;
-    NoteWaiting(q.lastError().text());
+    const QString reason = q.lastError().text();
+    Sys_DM().Link().CheckLost();
+    NoteWaiting(reason);
     return Outcome::Busy;
   }
   // Never wait for another program's lock here: the caller is the main thread.
@@ -194,9 +204,11 @@ TPendingWrites::Outcome TPendingWrites::WriteRows(const QList<TPendingRow> &rows
       QString sql = u"INSERT INTO [%1] (%2) VALUES (%3)"_s.arg(
           row.Table, columns.join(u','), QStringList(columns.size(), u"?"_s).join(u','));
       // The server's driver knows no last insert id; every appended table
-      // has its ID, and the row says it.
+      // has its ID, and the row says it. Several desks append the same call
+      // record there: the one that comes second adds nothing (the store's
+      // uniqueness rule), and that is no failure.
       if (server)
-        sql = TranslateJet(sql, SqlTarget::Postgres) + u" RETURNING ID"_s;
+        sql = TranslateJet(sql, SqlTarget::Postgres) + u" ON CONFLICT DO NOTHING RETURNING ID"_s;
       insert->prepare(sql);
       it = inserts.insert(key, insert);
     }
@@ -213,6 +225,9 @@ TPendingWrites::Outcome TPendingWrites::WriteRows(const QList<TPendingRow> &rows
     const QString reason = (*it)->lastError().text();
     inserts.clear();
     q.exec(u"ROLLBACK"_s);
+    // A lost server closes the store and moves what waits in memory to the
+    // spill file; the rows of this try are still where they were.
+    Sys_DM().Link().CheckLost();
     NoteWaiting(reason);
     return Outcome::Busy;
   }
@@ -220,6 +235,7 @@ TPendingWrites::Outcome TPendingWrites::WriteRows(const QList<TPendingRow> &rows
   if (!q.exec(u"COMMIT"_s)) {
     const QString reason = q.lastError().text();
     QSqlQuery(db).exec(u"ROLLBACK"_s);
+    Sys_DM().Link().CheckLost();
     NoteWaiting(reason);
     return Outcome::Busy;
   }
@@ -321,6 +337,9 @@ void TPendingWrites::NoteWaiting(const QString &reason) {
   m_waitingNoticed = true;
   WriteLog(u"Store: records can't be written now (%1); they are kept and written later"_s.arg(
       reason.trimmed()));
+  // The link has said it in its own words.
+  if (Sys_DM().Link().Away())
+    return;
   TheShell().Message(MessageKind::Warning,
                      u"The database is busy or not writable (%1). Call records are kept and "
                      u"will be written as soon as it is free again."_s.arg(reason.trimmed()));

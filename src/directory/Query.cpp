@@ -15,6 +15,10 @@ using namespace Qt::StringLiterals;
 namespace {
 // The statement in the error, shortened: enough to find it, not a page of text.
 [[noreturn]] void Fail(const QSqlError &error, const QString &sql) {
+  // The shared server gone: the operator hears it once from the link, and
+  // the operation ends quietly.
+  if (Sys_DM().Link().CheckLost())
+    throw EStoreAway(Sys_DM().Link().AwayText());
   throw EDatabaseError(error.text().trimmed() + u" ["_s + sql.simplified().left(160) + u']');
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Shell.h"
+
 #include <QString>
 
 #include <stdexcept>
@@ -15,4 +17,11 @@ public:
 
 private:
   QString m_message;
+};
+
+// A statement that could not run because the shared database server is away.
+// The operator was told once when it went; each operation it ends is logged.
+class EStoreAway : public EDatabaseError, public ToldError {
+public:
+  using EDatabaseError::EDatabaseError;
 };

@@ -7,7 +7,7 @@
 using namespace Qt::StringLiterals;
 
 bool SetServerParameters(QSqlDatabase &db, const TStoreServer &s, int timeoutSeconds,
-                         QString *problem) {
+                         QString *problem, const QString &moreOptions) {
   // The driver joins its options with ';' into the connection text unquoted.
   if (s.Service.contains(u';')) {
     if (problem)
@@ -20,6 +20,8 @@ bool SetServerParameters(QSqlDatabase &db, const TStoreServer &s, int timeoutSec
   db.setUserName(s.User);
   db.setPassword(s.Password);
   QString options = u"connect_timeout=%1"_s.arg(qMax(1, timeoutSeconds));
+  if (!moreOptions.isEmpty())
+    options += u';' + moreOptions;
   if (!s.Service.isEmpty()) {
     QString quoted = s.Service;
     quoted.replace(u'\\', u"\\\\"_s).replace(u'\'', u"\\'"_s);

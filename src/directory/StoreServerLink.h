@@ -10,9 +10,10 @@
 // copy all connect alike. The service goes in as libpq's service option; the
 // fields that are set go in as parameters and win over the service's entry.
 // A server that doesn't answer holds the caller for timeoutSeconds at most.
-// False, with the reason in *problem, for a service name the driver can't pass.
+// `moreOptions` (libpq's, ';'-joined) go in beside them. False, with the
+// reason in *problem, for a service name the driver can't pass.
 bool SetServerParameters(QSqlDatabase &db, const TStoreServer &server, int timeoutSeconds,
-                         QString *problem = nullptr);
+                         QString *problem = nullptr, const QString &moreOptions = {});
 
 // Tries a connection as the settings window's test does, on its own
 // connection, so it may run on any thread: reached or not, and in the

@@ -326,9 +326,186 @@ void EnsureFrontDeskSchema() {
     WriteLog(u"The room history table could not be made: "_s + error.Message());
   }
 }
+
+// Why the server did not take the connection, in words for the desk; the
+// server's own text goes to the log.
+QString OpenFailure(const QString &where, const QString &serverText, bool *unreachable) {
+  const QString t = serverText.toLower();
+  *unreachable = false;
+  if (t.contains(u"password authentication failed"_s) || t.contains(u"no password supplied"_s) ||
+      (t.contains(u"role \""_s) && t.contains(u"does not exist"_s)))
+    return u"The database server %1 refused the user name or password. Check them on the "
+           u"database page of the settings."_s.arg(where);
+  if (t.contains(u"database \""_s) && t.contains(u"does not exist"_s))
+    return u"The database server %1 has no such database. Check the database name on the "
+           u"database page of the settings, or have the database made on the server."_s.arg(where);
+  *unreachable = true;
+  return u"Cannot reach the database server %1: it does not answer. The console goes on "
+         u"without the shared database, keeps call records on this computer and connects by "
+         u"itself when the server answers."_s.arg(where);
+}
+
+// The advisory lock the desks' schema steps share ("TD" and a date).
+constexpr qint64 kSchemaLock = 0x5444'2026'1124;
+
+// What the exchange sends of a call record, NULL counting as a value. The
+// start time is not among them: each desk stamps a record when it arrives.
+const QStringList kRecordKey = {u"coalesce(Caller, '')"_s,         u"coalesce(Called, '')"_s,
+                                u"coalesce(stopTime::text, '')"_s, u"coalesce(IOFlag, -1)"_s,
+                                u"coalesce(RecType, -1)"_s,        u"coalesce(assType, -1)"_s,
+                                u"coalesce(assPhone, '')"_s};
+// Each desk stamps a record with its own clock as it arrives, so two desks'
+// copies of one record may differ by a moment, across a second's edge or by
+// the desks' clocks apart. Copies stamped less than this apart are one record;
+// two real calls between the same numbers with the same flags don't end so
+// close together.
+constexpr int kTwinSeconds = 3;
+
+QString RecordStamp(const QString &row) {
+  return u"coalesce(jet_date(%1startTime), timestamp 'epoch')"_s.arg(row);
+}
+
+// Two desks receive every call record the exchange pushes, and both append
+// it; a record is one row however many desks stored it (a transfer and its
+// first leg differ in assType and assPhone). The rule is an exclusion
+// constraint: same columns, stamps closer than kTwinSeconds. The appends skip
+// a row that the rule refuses (ON CONFLICT DO NOTHING in TPendingWrites). A
+// server without the btree_gist extension gets a plain unique index that
+// also takes the stamp, which still catches the copies of one second. A store
+// that two desks already shared holds twins: the later copies go in the same
+// transaction that makes the rule, so the upgrade is all or nothing. A file
+// store keeps its old behaviour: one desk appends each record once.
+void EnsureRecordOnce() {
+  const QString name = QString::fromUtf16(TSys_DM::kRecordOnceIndex);
+  if (NativeCount(u"SELECT count(*) FROM pg_class WHERE relname = '%1' AND relnamespace = "
+                  u"current_schema()::regnamespace"_s.arg(name.toLower())) == 1)
+    return;
+  QStringList same;
+  QStringList elements;
+  for (const QString &column : kRecordKey) {
+    same << QString(column).replace(u"coalesce("_s, u"coalesce(a."_s) + u" = "_s +
+                QString(column).replace(u"coalesce("_s, u"coalesce(b."_s);
+    elements << u'(' + column + u") WITH ="_s;
+  }
+  const QString nearby =
+      u"abs(extract(epoch FROM %1 - %2)) < %3"_s.arg(RecordStamp(u"a."_s), RecordStamp(u"b."_s))
+          .arg(kTwinSeconds);
+  const QString stamp = RecordStamp(QString());
+  const QString window =
+      u"(tsrange(%1 - interval '%2 ms', %1 + interval '%2 ms')) WITH &&"_s.arg(stamp).arg(
+          kTwinSeconds * 500);
+  QString unavailable;
+  try {
+    Native(u"CREATE EXTENSION IF NOT EXISTS btree_gist"_s);
+  } catch (const EDatabaseError &error) {
+    unavailable = error.Message();
+  }
+  try {
+    InOneTransaction([&] {
+      QSqlQuery q(StoreConnection());
+      const QString twins = unavailable.isEmpty()
+                                ? nearby
+                                : u"%1 = %2"_s.arg(RecordStamp(u"a."_s), RecordStamp(u"b."_s));
+      if (!q.exec(u"DELETE FROM PBXConRecords a USING PBXConRecords b WHERE b.ID < a.ID AND %1 "
+                  u"AND %2"_s.arg(same.join(u" AND "_s), twins)))
+        throw EDatabaseError(q.lastError().text());
+      if (q.numRowsAffected() > 0)
+        WriteLog(u"Call records stored twice by two desks: %1 second copies removed"_s.arg(
+            q.numRowsAffected()));
+      if (unavailable.isEmpty())
+        Native(u"ALTER TABLE PBXConRecords ADD CONSTRAINT %1 EXCLUDE USING gist (%2, %3)"_s.arg(
+            name, elements.join(u", "_s), window));
+      else
+        Native(u"CREATE UNIQUE INDEX %1 ON PBXConRecords ((%2), (%3))"_s.arg(
+            name, kRecordKey.join(u"), ("_s), stamp));
+    });
+  } catch (const EDatabaseError &error) {
+    WriteLog(u"The call records' uniqueness rule could not be made: "_s + error.Message());
+    return;
+  }
+  if (!unavailable.isEmpty())
+    WriteLog(u"Without the server's btree_gist extension two desks' copies of a call record "
+             u"are one only when stamped in the same second ("_s +
+             unavailable + u')');
+}
+
+// Every write to what the desks share tells the others, whoever wrote it: a
+// trigger per table, one notice per statement (the server folds the notices of
+// one transaction). Rooms notify only for what the desks share of them, their
+// names and notes; the desk's own state columns change all day.
+void EnsureChangeNotices() {
+  static const QList<std::pair<QString, QString>> watched = {
+      {u"MainInfo"_s, u"INSERT OR UPDATE OR DELETE"_s},
+      {u"Task_Table"_s, u"INSERT OR UPDATE OR DELETE"_s},
+      {u"Exts"_s, u"UPDATE OF RoomNo, Memo, GuestName, Occupied"_s},
+      {u"PBXConRecords"_s, u"INSERT OR DELETE"_s}};
+  const int present = NativeCount(
+      u"SELECT count(*) FROM pg_trigger WHERE tgname LIKE '%_changes' AND NOT tgisinternal"_s);
+  if (present == int(watched.size()))
+    return;
+  try {
+    InOneTransaction([] {
+      Native(
+          u"CREATE OR REPLACE FUNCTION trunkdesk_changed() RETURNS trigger LANGUAGE plpgsql "
+          u"AS $$ BEGIN PERFORM pg_notify('%1', lower(TG_TABLE_NAME)); RETURN NULL; END $$"_s.arg(
+              QString::fromUtf16(TStoreLink::kChannel)));
+      for (const auto &[table, events] : watched) {
+        Native(u"DROP TRIGGER IF EXISTS %1_Changes ON %1"_s.arg(table));
+        Native(u"CREATE TRIGGER %1_Changes AFTER %2 ON %1 FOR EACH STATEMENT EXECUTE FUNCTION "
+               u"trunkdesk_changed()"_s.arg(table, events));
+      }
+    });
+  } catch (const EDatabaseError &error) {
+    WriteLog(u"Other desks' changes can't be announced: "_s + error.Message());
+  }
+}
+
+// A contact's version: each save makes it one higher, so a desk can see that
+// another desk saved the contact since it was shown. Both stores have the
+// column (a copied store keeps its columns); only the server counts, by a
+// trigger that catches every writer, since one desk can't overtake itself.
+void EnsureRowVersion() {
+  const bool server = Sys_DM().Target() == SqlTarget::Postgres;
+  if (!Sys_DM().FieldExists(u"MainInfo"_s, u"RowVersion"_s)) {
+    try {
+      Native(u"ALTER TABLE MainInfo ADD COLUMN RowVersion %1 NOT NULL DEFAULT 0"_s.arg(
+          server ? u"bigint"_s : u"INTEGER"_s));
+    } catch (const EDatabaseError &error) {
+      WriteLog(u"The contacts' version column could not be added: "_s + error.Message());
+      return;
+    }
+  }
+  if (!server ||
+      NativeCount(u"SELECT count(*) FROM pg_trigger WHERE tgname = 'maininfo_rowversion'"_s) == 1)
+    return;
+  try {
+    InOneTransaction([] {
+      Native(u"CREATE OR REPLACE FUNCTION maininfo_rowversion() RETURNS trigger LANGUAGE plpgsql "
+             u"AS $$ BEGIN NEW.RowVersion := OLD.RowVersion + 1; RETURN NEW; END $$"_s);
+      Native(u"CREATE TRIGGER MainInfo_RowVersion BEFORE UPDATE ON MainInfo FOR EACH ROW "
+             u"EXECUTE FUNCTION maininfo_rowversion()"_s);
+    });
+  } catch (const EDatabaseError &error) {
+    WriteLog(u"The contacts' version trigger could not be made: "_s + error.Message());
+  }
+}
+
+void EnsureVersionMarker() {
+  const QString marker = QString::fromUtf16(TSys_DM::kVersionTable);
+  try {
+    if (!Sys_DM().TableExists(marker))
+      Native(u"CREATE TABLE %1 (Version integer NOT NULL)"_s.arg(marker));
+    if (NativeCount(u"SELECT count(*) FROM %1"_s.arg(marker)) == 0)
+      Native(u"INSERT INTO %1 (Version) VALUES (%2)"_s.arg(marker).arg(TSys_DM::kStoreVersion));
+  } catch (const EDatabaseError &error) {
+    WriteLog(u"The store's version mark could not be written: "_s + error.Message());
+  }
+}
 } // namespace
 
-TSys_DM::TSys_DM() = default;
+TSys_DM::TSys_DM() {
+  m_link.Reopen = [this] { return ReopenServer(); };
+}
 
 TSys_DM::~TSys_DM() = default;
 
@@ -349,8 +526,10 @@ void TSys_DM::DataModuleCreate() {
   mainADOQuery.Close();
   ADOQuery_Temp.Close();
   m_pending.Close();
+  m_link.Reset();
   CloseConnection();
   m_target = SqlTarget::Sqlite;
+  m_schemaChecked = false;
   if (SysConfig().SharedStoreInUse()) {
     OpenServer();
     return;
@@ -393,6 +572,7 @@ void TSys_DM::DataModuleCreate() {
       RegisterJetFunctions(raw);
   }
 
+  CheckStoreIsOurs();
   // A posted call record must survive the console's crash: the write-ahead log
   // with synchronous=NORMAL keeps every committed row.
   QSqlQuery pragma(db);
@@ -403,13 +583,14 @@ void TSys_DM::DataModuleCreate() {
   if (!TableExists(u"MainInfo"_s))
     Execute(kMainInfo);
   DBinit();
+  m_schemaChecked = true;
 }
 
 // The shared store: the same schema and upgrade steps as the file, on the
 // server named in [DB], through the translator's PostgreSQL target.
 void TSys_DM::OpenServer() {
   const TSysConfig &c = SysConfig();
-  m_fileName = u"%1@%2:%3/%4"_s.arg(c.DBUser, c.DBHost).arg(c.DBPort).arg(c.DBDatabase);
+  m_fileName = TStoreServer::FromConfig(c).Describe();
   // Records that waited for the server are kept on this desk, one file per
   // database, and written once it takes them.
   QString base = c.DBDatabase;
@@ -425,23 +606,101 @@ void TSys_DM::OpenServer() {
   if (!QSqlDatabase::isDriverAvailable(u"QPSQL"_s))
     throw EDatabaseError(u"This computer lacks the PostgreSQL driver for the database server"_s);
   QSqlDatabase db = QSqlDatabase::addDatabase(u"QPSQL"_s, ConnectionName());
-  // A server that doesn't answer holds the start for seconds, not minutes.
   QString refused;
-  if (!SetServerParameters(db, TStoreServer::FromConfig(c), 5, &refused))
+  if (!SetServerParameters(db, TStoreServer::FromConfig(c), TStoreLink::kConnectTimeoutSeconds,
+                           &refused, TStoreLink::ConnectOptions()))
     throw EDatabaseError(refused);
-  if (!db.open())
-    throw EDatabaseError(u"Cannot reach the database server "_s + m_fileName + u": "_s +
-                         db.lastError().text().trimmed());
   m_target = SqlTarget::Postgres;
+  if (!db.open()) {
+    const QString reason = db.lastError().text().trimmed();
+    WriteLog(
+        u"Store: the database server %1 refused or did not answer: %2"_s.arg(m_fileName, reason));
+    bool unreachable = false;
+    const QString words = OpenFailure(m_fileName, reason, &unreachable);
+    // A server that is down comes back by itself; a wrong password or name
+    // does not, so only the first is tried again.
+    if (unreachable)
+      m_link.StartRetrying(reason);
+    throw EDatabaseError(words);
+  }
+  ServerSession();
+}
+
+// The session on a newly opened connection; the first time also the checks
+// and the schema. A store the console must not write is closed again.
+void TSys_DM::ServerSession() {
   // The server's notices ("already exists, skipping") are no news to a desk.
   Native(u"SET client_min_messages = warning"_s);
-  InOneTransaction([] {
-    for (const QString &function : PostgresJetFunctions())
-      Native(function);
-  });
-  if (!TableExists(u"MainInfo"_s))
-    Execute(kMainInfo);
-  DBinit();
+  if (!m_schemaChecked) {
+    // Desks that start together take turns at the checks and the schema
+    // steps: two first starts would both make the tables and the rooms. The
+    // lock ends with the step, or with the session of a desk that died in it.
+    Native(u"SELECT pg_advisory_lock(%1)"_s.arg(kSchemaLock));
+    auto unlock = qScopeGuard([] {
+      if (StoreConnection().isOpen()) // a refused store was closed, and its lock with it
+        QSqlQuery(StoreConnection()).exec(u"SELECT pg_advisory_unlock(%1)"_s.arg(kSchemaLock));
+    });
+    CheckStoreIsOurs();
+    InOneTransaction([] {
+      for (const QString &function : PostgresJetFunctions())
+        Native(function);
+    });
+    if (!TableExists(u"MainInfo"_s))
+      Execute(kMainInfo);
+    DBinit();
+    m_schemaChecked = true;
+  }
+  // Only a store in use is watched; one refused above was closed on purpose.
+  m_link.Attach();
+}
+
+QString TSys_DM::ReopenServer() {
+  QSqlDatabase db = StoreConnection();
+  db.close();
+  if (!db.open())
+    return db.lastError().text().trimmed();
+  try {
+    ServerSession();
+  } catch (const EDatabaseError &error) {
+    db.close();
+    return error.Message();
+  }
+  return QString();
+}
+
+void TSys_DM::CheckStoreIsOurs() {
+  const QStringList tables = StoreConnection().tables(QSql::Tables);
+  if (tables.isEmpty())
+    return;
+  QString refusal;
+  const QString marker = QString::fromUtf16(kVersionTable);
+  if (TableExists(marker)) {
+    const int version = NativeCount(u"SELECT max(Version) FROM %1"_s.arg(marker));
+    if (version > kStoreVersion)
+      refusal = u"The database %1 was set up by a newer version of the console (layout %2; "
+                u"this console knows up to %3). Nothing was changed in it. Update this console "
+                u"before it uses this database."_s.arg(m_fileName)
+                    .arg(version)
+                    .arg(kStoreVersion);
+  } else {
+    static const QStringList ours = {u"MainInfo"_s,   u"Exts"_s,       u"PBXConRecords"_s,
+                                     u"conRecords"_s, u"Task_Table"_s, u"MoringCallLog"_s};
+    bool found = false;
+    for (const QString &table : ours)
+      found = found || TableExists(table);
+    if (!found) {
+      QStringList some = tables.mid(0, 3);
+      refusal =
+          u"The database %1 holds the tables of another program (%2%3). Nothing was "
+          u"changed in it. Name a database of its own for the console in the settings."_s.arg(
+              m_fileName, some.join(u", "_s), tables.size() > some.size() ? u", ..."_s : QString());
+    }
+  }
+  if (refusal.isEmpty())
+    return;
+  // Closed, so that not even a kept call record is written into it.
+  StoreConnection().close();
+  throw EDatabaseError(refusal);
 }
 
 void TSys_DM::DBinit() {
@@ -502,6 +761,12 @@ void TSys_DM::DBinit() {
   // The call lists' latest hundred. Made once; nothing else changes.
   GuardedGroup(*this,
                {u"CREATE INDEX IF NOT EXISTS conRecords_DateTime ON conRecords ([DateTime])"_s});
+  EnsureRowVersion();
+  if (m_target == SqlTarget::Postgres) {
+    EnsureRecordOnce();
+    EnsureChangeNotices();
+  }
+  EnsureVersionMarker();
 }
 
 bool TSys_DM::TableExists(const QString &table) {
@@ -582,7 +847,10 @@ void TSys_DM::Execute(const QString &jet) {
     throw EDatabaseError(u"Refused: more than one statement, or a NUL in it ["_s +
                          QString(jet).replace(QChar(0), u"\\0"_s).left(160) + u']');
   QSqlQuery q(StoreConnection());
-  if (!q.exec(sql))
+  if (!q.exec(sql)) {
+    if (m_link.CheckLost())
+      throw EStoreAway(m_link.AwayText());
     throw EDatabaseError(q.lastError().text().trimmed() + u" ["_s + jet.simplified().left(160) +
                          u']');
+  }
 }

@@ -3,6 +3,7 @@
 #include "directory/JetSql.h"
 #include "directory/PendingWrites.h"
 #include "directory/Query.h"
+#include "directory/StoreLink.h"
 
 #include <QSqlDatabase>
 #include <QString>
@@ -60,6 +61,15 @@ public:
   static constexpr char16_t kCallerKeyLong[] = u"#long#";
   // The call records' index in the order the record view pages them.
   static constexpr char16_t kRecordPageIndex[] = u"PBXConRecords_Pages";
+  // The version of the store's layout this console writes, kept in the
+  // store's TrunkdeskStore table. A store of a higher version was set up by a
+  // newer console and is refused untouched.
+  static constexpr int kStoreVersion = 1;
+  static constexpr char16_t kVersionTable[] = u"TrunkdeskStore";
+  // On a shared store: one row per call record the exchange pushed, however
+  // many desks received and stamped it (an exclusion constraint: the same
+  // columns, stamps less than a few seconds apart).
+  static constexpr char16_t kRecordOnceIndex[] = u"PBXConRecords_Once";
 
   // Opens the file the settings name when it exists, else Database/Notes_DB.db
   // below the program folder (made if missing), and checks the schema. A failure
@@ -89,6 +99,8 @@ public:
   void AddMoringCallLog(const TMoringCallLog &record);
   void AddRoomHistory(const TRoomHistory &record);
   TPendingWrites &PendingWrites() { return m_pending; }
+  // The shared store's connection through the shift and other desks' changes.
+  TStoreLink &Link() { return m_link; }
 
   // Runs one schema or data statement (Jet dialect) on the connection.
   void Execute(const QString &jet);
@@ -103,10 +115,15 @@ public:
 
 private:
   void OpenServer();
+  void CheckStoreIsOurs();
+  void ServerSession();
+  QString ReopenServer();
 
   QString m_fileName;
   SqlTarget m_target = SqlTarget::Sqlite;
+  bool m_schemaChecked = false;
   TPendingWrites m_pending;
+  TStoreLink m_link;
 };
 
 // The process-wide data module, and its connection for the queries.

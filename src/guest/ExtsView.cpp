@@ -113,6 +113,32 @@ void TExtsView::Exts_Write(int id, const std::function<void(TADOQuery &)> &setFi
   }
 }
 
+void TExtsView::Exts_SharedChanged() {
+  if (!ADOQuery_Exts.Active())
+    return;
+  ADOQuery_Exts.Refresh();
+  m_extsRecNo.clear();
+  for (ADOQuery_Exts.First(); !ADOQuery_Exts.Eof(); ADOQuery_Exts.Next())
+    m_extsRecNo.insert(ADOQuery_Exts.AsInteger(u"PortID"_s), ADOQuery_Exts.RecNo());
+  TExtGridModel &g = AdvStringGrid_Exts;
+  for (auto it = m_extsRecNo.cbegin(); it != m_extsRecNo.cend(); ++it) {
+    const int slot = g.SlotOfId(it.key());
+    TPhoneTis *p = m_table.Device(it.key());
+    if (slot < 0 || !p)
+      continue;
+    TExt_Record room = p->LastExt;
+    ADOQuery_Exts.SetRecNo(it.value());
+    ReadExts(room);
+    g.SetCell(slot, TExtGridModel::ColRoomNo, room.RoomNo);
+    g.SetCell(slot, TExtGridModel::ColMemo, room.Memo);
+    g.SetCell(slot, TExtGridModel::ColSpare, GuestText(room));
+    p->LastExt.RoomNo = room.RoomNo;
+    p->LastExt.Memo = room.Memo;
+    p->LastExt.GuestName = room.GuestName;
+    p->LastExt.Occupied = room.Occupied;
+  }
+}
+
 TExt_Record TExtsView::RecordOf(int id, bool withStatus) const {
   TExt_Record r;
   const TPhoneTis *p = m_table.Device(id);

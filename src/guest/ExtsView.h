@@ -78,6 +78,11 @@ public:
   // rises as EDatabaseError, and the cursor keeps what it held before.
   void Exts_Write(int id, const std::function<void(TADOQuery &)> &setFields);
 
+  // Another desk changed rooms of the shared store: the rows read their room
+  // names, notes and guests again. Only those: the devices' state is this
+  // desk's own, and no wake-up result is judged again.
+  void Exts_SharedChanged();
+
   // The find box above the page.
   QString TeSComboBox_Ext_Text;
   QStringList TeSComboBox_Ext_Items; // newest first

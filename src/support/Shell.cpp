@@ -45,5 +45,6 @@ void SetShell(Shell *shell) {
 void ApplicationHandleException(const std::exception &error) {
   const QString text = QString::fromUtf8(error.what());
   WriteLog(u"Error: "_s + text);
-  TheShell().Message(MessageKind::Error, text);
+  if (!dynamic_cast<const ToldError *>(&error))
+    TheShell().Message(MessageKind::Error, text);
 }

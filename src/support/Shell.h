@@ -43,6 +43,14 @@ public:
   virtual void RingOnce() {}
 };
 
+// Marks an error the operator has already been told about in other words (the
+// shared database went away: one message for the spell, not one per click).
+// The handler logs such an error and shows nothing.
+class ToldError {
+public:
+  virtual ~ToldError() = default;
+};
+
 // The application-wide handler: an error that ended an operation is shown to the
 // operator as an error message and logged, and the console goes on.
 void ApplicationHandleException(const std::exception &error);

@@ -13,6 +13,7 @@
 #include "ui/DirectoryView.h"
 #include "ui/Named.h"
 #include "directory/RecordServerPage.h"
+#include "directory/SysDM_Unit.h"
 #include "ui/RecordingsPage.h"
 #include "ui/RecordsPage.h"
 
@@ -201,6 +202,13 @@ TMainWindow::TMainWindow(TMain_Form &main, QWidget *parent) : QMainWindow(parent
   statusBar()->addPermanentWidget(m_statusExt);
   statusBar()->addPermanentWidget(m_statusSession);
   statusBar()->addPermanentWidget(m_statusClock);
+  // The shared database away: said once in a message, shown here until it is back.
+  auto *storeAway = new QLabel(u"Shared database away, reconnecting"_s, this);
+  storeAway->setObjectName(u"StoreAway"_s);
+  storeAway->setStyleSheet(u"QLabel { color: #a00000; padding: 0 6px; }"_s);
+  storeAway->setVisible(Sys_DM().Link().Away());
+  statusBar()->addPermanentWidget(storeAway);
+  connect(&Sys_DM().Link(), &TStoreLink::awayChanged, storeAway, &QWidget::setVisible);
   auto *clock = new QTimer(this);
   connect(clock, &QTimer::timeout, this, &TMainWindow::RefreshStatus);
   clock->start(1000);

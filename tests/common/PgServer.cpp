@@ -87,17 +87,23 @@ PgServer::PgServer() {
             u"--locale=C.UTF-8"_s, u"--no-sync"_s},
            120000))
     return;
-  // fsync off: a test's server never outlives its test.
-  const QString options = u"-p %1 -k %2 -h 127.0.0.1 -F"_s.arg(m_port).arg(m_dir.path());
-  if (!Run(m_bin + u"/pg_ctl"_s,
-           {u"-D"_s, data, u"-l"_s, m_dir.filePath(u"server.log"_s), u"-o"_s, options, u"-w"_s,
-            u"-t"_s, u"60"_s, u"start"_s},
-           90000)) {
-    QFile log(m_dir.filePath(u"server.log"_s));
-    if (log.open(QIODevice::ReadOnly))
-      m_error += u"\n"_s + QString::fromLocal8Bit(log.readAll()).trimmed();
-    return;
+  {
+    QFile hba(data + u"/pg_hba.conf"_s);
+    QByteArray rules;
+    if (hba.open(QIODevice::ReadOnly))
+      rules = hba.readAll();
+    hba.close();
+    if (!hba.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+        hba.write("host all " + PasswordUser().toUtf8() + " 127.0.0.1/32 scram-sha-256\n" + rules) <
+            0) {
+      m_error = u"Cannot write pg_hba.conf"_s;
+      return;
+    }
   }
+  // fsync off: a test's server never outlives its test.
+  m_options = u"-p %1 -k %2 -h 127.0.0.1 -F"_s.arg(m_port).arg(m_dir.path());
+  if (!Start())
+    return;
   m_running = true;
   if (!Run(m_bin + u"/createdb"_s,
            {u"-h"_s, Host(), u"-p"_s, QString::number(m_port), u"-U"_s, User(), Database()},
@@ -106,8 +112,26 @@ PgServer::PgServer() {
 }
 
 PgServer::~PgServer() {
+  Stop();
+}
+
+bool PgServer::Start() {
+  const QString data = m_dir.filePath(u"data"_s);
+  if (!Run(m_bin + u"/pg_ctl"_s,
+           {u"-D"_s, data, u"-l"_s, m_dir.filePath(u"server.log"_s), u"-o"_s, m_options, u"-w"_s,
+            u"-t"_s, u"60"_s, u"start"_s},
+           90000)) {
+    QFile log(m_dir.filePath(u"server.log"_s));
+    if (log.open(QIODevice::ReadOnly))
+      m_error += u"\n"_s + QString::fromLocal8Bit(log.readAll()).trimmed();
+    return false;
+  }
+  return true;
+}
+
+bool PgServer::Stop() {
   if (m_bin.isEmpty() || !QFile::exists(m_dir.filePath(u"data/postmaster.pid"_s)))
-    return;
-  Run(m_bin + u"/pg_ctl"_s, {u"-D"_s, m_dir.filePath(u"data"_s), u"-m"_s, u"fast"_s, u"-w"_s, u"stop"_s},
-      60000);
+    return true;
+  return Run(m_bin + u"/pg_ctl"_s,
+             {u"-D"_s, m_dir.filePath(u"data"_s), u"-m"_s, u"fast"_s, u"-w"_s, u"stop"_s}, 60000);
 }

@@ -26,11 +26,20 @@ public:
   int Port() const { return m_port; }
   QString Database() const { return QStringLiteral("trunkdesk_test"); }
   QString User() const { return QStringLiteral("trunkdesk"); }
+  // A user the server asks for a password (the others are trusted); the
+  // test that uses it makes the role.
+  QString PasswordUser() const { return QStringLiteral("trunkdesk_pw"); }
+
+  // The server going away and coming back on the same port with the same
+  // data, as a restart at the hotel would.
+  bool Stop();
+  bool Start();
 
 private:
   bool Run(const QString &program, const QStringList &arguments, int timeoutMs);
 
   QTemporaryDir m_dir;
+  QString m_options;
   QString m_bin;
   QString m_runAs; // the system user the server runs as; empty when not root
   int m_port = 0;

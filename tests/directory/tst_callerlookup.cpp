@@ -274,8 +274,8 @@ private slots:
       const QList<int> plain =
           comparable(Answer(CallerLookupSQL(u"Phone1"_s, n, LookupPlan::Plain)));
       QCOMPARE(comparable(Answer(CallerLookupSQL(u"Phone1"_s, n))), plain);
-      QCOMPARE(Answer(CallTailSQL(u"Phone1"_s, n)),
-               Answer(CallTailSQL(u"Phone1"_s, n, LookupPlan::Plain)));
+      QCOMPARE(comparable(Answer(CallTailSQL(u"Phone1"_s, n))),
+               comparable(Answer(CallTailSQL(u"Phone1"_s, n, LookupPlan::Plain))));
       found += plain.isEmpty() ? 0 : 1;
     }
     QVERIFY(found > 30); // the probes found contacts, not only nothing

@@ -10,7 +10,9 @@
 #include "support/Log.h"
 #include "support/Settings.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QSqlQuery>
 #include <QTest>
@@ -92,6 +94,7 @@ private slots:
     QCOMPARE(Scalar(u"select min(PortID) from Exts"_s), 0);
     QCOMPARE(Scalar(u"select max(PortID) from Exts"_s), 3071);
     QCOMPARE(Scalar(u"select count(*) from Exts where Ext is not null or RoomNo is not null"_s), 0);
+    QCOMPARE(Scalar(u"select Version from TrunkdeskStore"_s), TSys_DM::kStoreVersion);
     for (const char *column :
          {"NoDisturb_Time1_Checked", "NoDisturb_Time2_Checked", "NoDisturb_Time3_Checked",
           "NoDisturb_Time1_Start", "NoDisturb_Time1_End", "NoDisturb_Time2_Start",
@@ -417,6 +420,44 @@ private slots:
     RunGuarded([] { Sys_DM().DataModuleCreate(); });
     QCOMPARE(shell.Messages.size(), 1);
     QCOMPARE(shell.Messages[0].Kind, MessageKind::Error);
+  }
+
+  // A file of another program, or one a newer console set up: refused in
+  // words, and not a byte of it changed (not even the journal mode).
+  void aStoreThatIsNotOursIsLeftAlone_data() {
+    QTest::addColumn<QString>("tables");
+    QTest::addColumn<QString>("words");
+    QTest::newRow("another program") << u"CREATE TABLE invoices (no integer)"_s
+                                     << u"tables of another program (invoices)"_s;
+    QTest::newRow("newer console")
+        << u"CREATE TABLE MainInfo (ID integer); CREATE TABLE TrunkdeskStore (Version integer); "
+           u"INSERT INTO TrunkdeskStore VALUES (2)"_s
+        << u"set up by a newer version of the console"_s;
+  }
+  void aStoreThatIsNotOursIsLeftAlone() {
+    QFETCH(QString, tables);
+    QFETCH(QString, words);
+    TestHome home;
+    const QString file = home.File(u"Database/Notes_DB.db"_s);
+    QDir().mkpath(QFileInfo(file).absolutePath());
+    {
+      QSqlDatabase db = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"other_program"_s);
+      db.setDatabaseName(file);
+      QVERIFY(db.open());
+      for (const QString &statement : tables.split(u"; "_s))
+        QVERIFY(QSqlQuery(db).exec(statement));
+    }
+    QSqlDatabase::removeDatabase(u"other_program"_s);
+    const QByteArray before = home.Read(u"Database/Notes_DB.db"_s);
+    QString error;
+    try {
+      Sys_DM().DataModuleCreate();
+    } catch (const EDatabaseError &e) {
+      error = e.Message();
+    }
+    QVERIFY2(error.contains(words), qPrintable(error));
+    QSqlDatabase::removeDatabase(QString::fromUtf16(TSys_DM::kConnectionName));
+    QCOMPARE(home.Read(u"Database/Notes_DB.db"_s), before);
   }
 
   // A file nobody may write (as a read-only copy on a share would be): the

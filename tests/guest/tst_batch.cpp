@@ -2,6 +2,7 @@
 // steps on answers through the success, the time-out, the late answer and
 // the refusal, and the batch clear of voice mail that stalls after one room.
 #include "LinkedDesk.h"
+#include "common/PgStore.h"
 
 #include "devices/DeviceEvents.h"
 #include "guest/BatchWalk.h"
