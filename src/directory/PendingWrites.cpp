@@ -193,16 +193,30 @@ TPendingWrites::Outcome TPendingWrites::WriteRows(const QList<TPendingRow> &rows
   QSqlQuery q(db);
   const bool server = Sys_DM().Target() == SqlTarget::Postgres;
   QHash<QString, std::shared_ptr<QSqlQuery>> inserts;
-  for (const TPendingRow &row : rows) {
-    const QString key = row.Table + u'|' + row.Columns.join(u',');
-    auto it = inserts.find(key);
+  const auto keyOf = [](const TPendingRow &row) -> QString {
+    return row.Table + u'|' + row.Columns.join(u',');
+  };
+  // The server is a round trip away: a run of rows for one table goes in one
+  // statement of several rows. The file takes them one by one, in process.
+  // The row whose ID is asked for goes alone, so the ID is its own.
+  const qsizetype perStatement = server ? kServerRowsPerStatement : 1;
+  for (qsizetype i = 0; i < rows.size();) {
+    const TPendingRow &row = rows.at(i);
+    const QString key = keyOf(row);
+    qsizetype n = 1;
+    while (i + n < rows.size() && n < perStatement && keyOf(rows.at(i + n)) == key &&
+           !(lastId && i + n == rows.size() - 1))
+      ++n;
+    const QString statementKey = key + u'|' + QString::number(n);
+    auto it = inserts.find(statementKey);
     if (it == inserts.end()) {
       QStringList columns;
       for (const QString &c : row.Columns)
         columns << u'[' + c + u']';
+      const QString tuple = u'(' + QStringList(columns.size(), u"?"_s).join(u',') + u')';
       auto insert = std::make_shared<QSqlQuery>(db);
-      QString sql = u"INSERT INTO [%1] (%2) VALUES (%3)"_s.arg(
-          row.Table, columns.join(u','), QStringList(columns.size(), u"?"_s).join(u','));
+      QString sql = u"INSERT INTO [%1] (%2) VALUES %3"_s.arg(
+          row.Table, columns.join(u','), QStringList(int(n), tuple).join(u','));
       // The server's driver knows no last insert id; every appended table
       // has its ID, and the row says it. Several desks append the same call
       // record there: the one that comes second adds nothing (the store's
@@ -210,12 +224,17 @@ TPendingWrites::Outcome TPendingWrites::WriteRows(const QList<TPendingRow> &rows
       if (server)
         sql = TranslateJet(sql, SqlTarget::Postgres) + u" ON CONFLICT DO NOTHING RETURNING ID"_s;
       insert->prepare(sql);
-      it = inserts.insert(key, insert);
+      it = inserts.insert(statementKey, insert);
     }
-    for (qsizetype c = 0; c < row.Values.size(); ++c)
-      (*it)->bindValue(int(c), row.Values[c]);
+    const qsizetype width = row.Columns.size();
+    for (qsizetype r = 0; r < n; ++r) {
+      const QVariantList &values = rows.at(i + r).Values;
+      for (qsizetype c = 0; c < width; ++c)
+        (*it)->bindValue(int(r * width + c), values.value(c));
+    }
+    i += n;
     if ((*it)->exec()) {
-      if (lastId)
+      if (lastId && i == rows.size())
         *lastId = server ? ((*it)->next() ? (*it)->value(0).toLongLong() : -1)
                          : (*it)->lastInsertId().toLongLong();
       continue;

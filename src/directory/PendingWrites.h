@@ -38,6 +38,8 @@ public:
   // that one write leaves the event loop free again within milliseconds.
   static constexpr int kRowsPerTurn = 500;
   static constexpr int kRetryMs = 500;
+  // Rows in one statement on the database server (the file takes one a time).
+  static constexpr int kServerRowsPerStatement = 100;
 
   TPendingWrites();
   ~TPendingWrites() override;
