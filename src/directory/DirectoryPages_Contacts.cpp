@@ -212,8 +212,8 @@ void TDirectoryPages::UpdateMainInfo(const TMaininfoRecord &record, qint32 id) {
     Sys_DM().Link().AnnounceOverwrite(u"MainInfo"_s, id, found);
     WriteLog(u"Contact %1 (%2) saved over another desk's change"_s.arg(id).arg(record.Name));
     TheShell().Message(MessageKind::Warning,
-                       u"The contact \u201c%1\u201d was changed at another desk after it was "
-                       u"shown here. Your save replaced that change."_s.arg(record.Name));
+                       u"联系人\u201c%1\u201d在这里显示之后被另一个前台改过了; 您的保存替换了那次修改。"_s
+                           .arg(record.Name));
   }
 
   TMaininfoRecord stored = record;
@@ -454,8 +454,7 @@ void TDirectoryPages::ContactOverwritten(qint32 id) {
   const QString name = q.IsEmpty() ? QString::number(id) : q.AsString(u"Name"_s);
   WriteLog(u"Contact %1 (%2): this desk's save was replaced by another desk's"_s.arg(id).arg(name));
   TheShell().Message(MessageKind::Warning,
-                     u"Your change to the contact \u201c%1\u201d was replaced by a later save at "
-                     u"another desk."_s.arg(name));
+                     u"您对联系人\u201c%1\u201d的修改已被另一个前台后来的保存替换。"_s.arg(name));
 }
 
 void TDirectoryPages::ContactsChangedElsewhere() {

@@ -132,9 +132,8 @@ void TStoreLink::GoAway(const QString &reason) {
       Sys_DM().FileName(), reason));
   TheShell().Message(
       MessageKind::Warning,
-      u"The connection to the shared database (%1) is lost. The console goes on with what it "
-      u"shows; call records are kept on this computer and written when the database is back. "
-      u"It reconnects by itself."_s.arg(Sys_DM().FileName()));
+      u"与共享数据库(%1)的连接中断了。控制台按现在显示的继续工作; 呼叫记录暂存在本机, 数据库恢复后"
+      u"写入。控制台会自动重新连接。"_s.arg(Sys_DM().FileName()));
   Sys_DM().PendingWrites().Close();
   emit awayChanged(true);
   m_retryMs = kFirstRetryMs;
@@ -151,8 +150,7 @@ void TStoreLink::StartRetrying(const QString &reason) {
 }
 
 QString TStoreLink::AwayText() const {
-  return u"The shared database (%1) is not reachable at the moment; the console reconnects by "
-         u"itself."_s.arg(Sys_DM().FileName());
+  return u"共享数据库(%1)暂时连接不上; 控制台会自动重新连接。"_s.arg(Sys_DM().FileName());
 }
 
 void TStoreLink::RetryNow() {
@@ -218,9 +216,8 @@ void TStoreLink::ProbeDone(bool reachable, const QString &reason) {
   WriteLog(u"Store: the database server %1 is back; %2 kept records are written"_s
                .arg(Sys_DM().FileName())
                .arg(waiting));
-  TheShell().Balloon(u"Shared database"_s,
-                     u"The shared database is back. %1 call records kept meanwhile are being "
-                     u"written."_s.arg(waiting),
+  TheShell().Balloon(u"共享数据库"_s,
+                     u"共享数据库已恢复, 期间暂存的 %1 条记录正在写入。"_s.arg(waiting),
                      10, BalloonIcon::Info);
   emit awayChanged(false);
   Sys_DM().PendingWrites().Flush();

@@ -334,15 +334,13 @@ QString OpenFailure(const QString &where, const QString &serverText, bool *unrea
   *unreachable = false;
   if (t.contains(u"password authentication failed"_s) || t.contains(u"no password supplied"_s) ||
       (t.contains(u"role \""_s) && t.contains(u"does not exist"_s)))
-    return u"The database server %1 refused the user name or password. Check them on the "
-           u"database page of the settings."_s.arg(where);
+    return u"数据库服务器 %1 拒绝了用户名或密码: 请在 系统设置 的\"数据库设置\"页检查。"_s.arg(where);
   if (t.contains(u"database \""_s) && t.contains(u"does not exist"_s))
-    return u"The database server %1 has no such database. Check the database name on the "
-           u"database page of the settings, or have the database made on the server."_s.arg(where);
+    return u"数据库服务器 %1 上没有这个数据库: 请在 系统设置 的\"数据库设置\"页检查数据库名,"
+           u"或先在服务器上建立它。"_s.arg(where);
   *unreachable = true;
-  return u"Cannot reach the database server %1: it does not answer. The console goes on "
-         u"without the shared database, keeps call records on this computer and connects by "
-         u"itself when the server answers."_s.arg(where);
+  return u"连接不上数据库服务器 %1: 它没有应答。控制台先不用共享数据库继续工作, 呼叫记录暂存在"
+         u"本机, 服务器应答后自动连接并写入。"_s.arg(where);
 }
 
 // The advisory lock the desks' schema steps share ("TD" and a date).
@@ -677,9 +675,8 @@ void TSys_DM::CheckStoreIsOurs() {
   if (TableExists(marker)) {
     const int version = NativeCount(u"SELECT max(Version) FROM %1"_s.arg(marker));
     if (version > kStoreVersion)
-      refusal = u"The database %1 was set up by a newer version of the console (layout %2; "
-                u"this console knows up to %3). Nothing was changed in it. Update this console "
-                u"before it uses this database."_s.arg(m_fileName)
+      refusal = u"数据库 %1 是较新版本的控制台建立的(结构 %2; 本控制台只认到 %3)。其中什么都没有改动。"
+                u"请先升级本控制台再使用这个数据库。"_s.arg(m_fileName)
                     .arg(version)
                     .arg(kStoreVersion);
   } else {
@@ -691,8 +688,8 @@ void TSys_DM::CheckStoreIsOurs() {
     if (!found) {
       QStringList some = tables.mid(0, 3);
       refusal =
-          u"The database %1 holds the tables of another program (%2%3). Nothing was "
-          u"changed in it. Name a database of its own for the console in the settings."_s.arg(
+          u"数据库 %1 里是别的程序的表(%2%3)。其中什么都没有改动。请在 系统设置 里为控制台指定"
+          u"它自己的数据库。"_s.arg(
               m_fileName, some.join(u", "_s), tables.size() > some.size() ? u", ..."_s : QString());
     }
   }

@@ -203,7 +203,7 @@ TMainWindow::TMainWindow(TMain_Form &main, QWidget *parent) : QMainWindow(parent
   statusBar()->addPermanentWidget(m_statusSession);
   statusBar()->addPermanentWidget(m_statusClock);
   // The shared database away: said once in a message, shown here until it is back.
-  auto *storeAway = new QLabel(u"Shared database away, reconnecting"_s, this);
+  auto *storeAway = new QLabel(u"共享数据库连接中断, 正在重连"_s, this);
   storeAway->setObjectName(u"StoreAway"_s);
   storeAway->setStyleSheet(u"QLabel { color: #a00000; padding: 0 6px; }"_s);
   storeAway->setVisible(Sys_DM().Link().Away());

@@ -131,7 +131,7 @@ private slots:
     }
     RunGuarded([] { throw EStoreAway(u"away"_s); });
     QCOMPARE(shell.Messages.size(), 1);
-    QVERIFY(shell.Messages[0].Text.contains(u"reconnects by itself"_s));
+    QVERIFY(shell.Messages[0].Text.contains(u"自动重新连接"_s));
     Sys_DM().AddPBXConRecord(Record(u"3"_s));
     QTRY_COMPARE(Sys_DM().PendingWrites().Spilled(), 4);
 
@@ -155,16 +155,16 @@ private slots:
     QTest::addColumn<QString>("database");
     QTest::addColumn<QString>("words");
     QTest::newRow("wrong password")
-        << QString() << u"trunkdesk_pw"_s << QString() << u"refused the user name or password"_s;
+        << QString() << u"trunkdesk_pw"_s << QString() << u"拒绝了用户名或密码"_s;
     QTest::newRow("no such database")
-        << QString() << QString() << u"nowhere"_s << u"has no such database"_s;
+        << QString() << QString() << u"nowhere"_s << u"上没有这个数据库"_s;
     QTest::newRow("another program's database")
         << u"CREATE TABLE invoices (no integer)"_s << QString() << QString()
-        << u"holds the tables of another program (invoices)"_s;
+        << u"里是别的程序的表(invoices)"_s;
     QTest::newRow("newer console")
         << u"CREATE TABLE MainInfo (ID integer); CREATE TABLE TrunkdeskStore (Version integer); "
            u"INSERT INTO TrunkdeskStore VALUES (2)"_s
-        << QString() << QString() << u"set up by a newer version of the console (layout 2"_s;
+        << QString() << QString() << u"较新版本的控制台建立的(结构 2"_s;
   }
   void startRefusals() {
     QFETCH(QString, prepare);
@@ -240,7 +240,7 @@ private slots:
     pages.UpdateMainInfo(contact, id);
     QCOMPARE(Count(other, u"SELECT Phone1 FROM MainInfo WHERE ID = %1"_s.arg(id)), 8002);
     QCOMPARE(shell.Messages.size(), 2); // the warning, then the usual "saved"
-    QVERIFY(shell.Messages[0].Text.contains(u"\u201cMrs Lee\u201d was changed at another desk"_s));
+    QVERIFY(shell.Messages[0].Text.contains(u"\u201cMrs Lee\u201d在这里显示之后被另一个前台改过了"_s));
     shell.Messages.clear();
     pages.UpdateMainInfo(contact, id); // nothing in between: no warning
     QCOMPARE(shell.Messages.size(), 1);
@@ -254,7 +254,7 @@ private slots:
     QTRY_COMPARE(overwritten.size(), 1);
     QCOMPARE(overwritten[0][1].toLongLong(), id);
     pages.ContactOverwritten(id);
-    QVERIFY(shell.Messages.last().Text.contains(u"\u201cMrs Lee\u201d was replaced"_s));
+    QVERIFY(shell.Messages.last().Text.contains(u"\u201cMrs Lee\u201d的修改已被"_s));
   }
 };
 

@@ -428,11 +428,11 @@ private slots:
     QTest::addColumn<QString>("tables");
     QTest::addColumn<QString>("words");
     QTest::newRow("another program") << u"CREATE TABLE invoices (no integer)"_s
-                                     << u"tables of another program (invoices)"_s;
+                                     << u"别的程序的表(invoices)"_s;
     QTest::newRow("newer console")
         << u"CREATE TABLE MainInfo (ID integer); CREATE TABLE TrunkdeskStore (Version integer); "
            u"INSERT INTO TrunkdeskStore VALUES (2)"_s
-        << u"set up by a newer version of the console"_s;
+        << u"较新版本的控制台建立的"_s;
   }
   void aStoreThatIsNotOursIsLeftAlone() {
     QFETCH(QString, tables);
