@@ -1,6 +1,7 @@
 // The directory's costs on a store that has run for years: storing one call
 // with a million calls logged, and looking a caller up in books of up to a
 // million contacts, both once per ring.
+#include "ContactBook.h"
 #include "RawStore.h"
 #include "directory/DirectoryPages.h"
 #include "directory/Query.h"
@@ -81,10 +82,6 @@ struct Book {
   QString file;
 };
 
-QString OutsideNumber(int i) {
-  return u"021%1"_s.arg(i * 37 % 100'000'000, 8, 10, QLatin1Char('0'));
-}
-
 void OpenBook(int contacts) {
   static std::map<int, Book> books;
   static int open = 0;
@@ -97,19 +94,7 @@ void OpenBook(int contacts) {
     SetAppPath(book.dir.path());
     Sys_DM().DataModuleCreate();
     QSqlDatabase db = StoreConnection();
-    db.transaction();
-    QSqlQuery q(db);
-    q.prepare(u"INSERT INTO MainInfo (Name, Phone1, MobilePhone, Company) VALUES (?,?,?,?)"_s);
-    for (int i = 0; i < contacts; ++i) {
-      q.bindValue(0, u"客户%1"_s.arg(i));
-      // Every tenth an internal extension, the rest outside lines.
-      q.bindValue(1, i % 10 == 0 ? u"8%1"_s.arg(i % 1000, 3, 10, QLatin1Char('0'))
-                                 : OutsideNumber(i));
-      q.bindValue(2, u"138%1"_s.arg(i * 7919 % 100'000'000, 8, 10, QLatin1Char('0')));
-      q.bindValue(3, u"公司%1"_s.arg(i % 500));
-      q.exec();
-    }
-    db.commit();
+    FillContacts(db, contacts);
     book.file = Sys_DM().FileName();
   }
   SysConfig().DBFile = book.file;

@@ -3,6 +3,7 @@
 // and, copied by --copy-store's own code, on a throwaway PostgreSQL server on
 // this machine. Each operation runs through the console's own path on both;
 // argument 0 is the file, 1 the server. The file is the floor.
+#include "ContactBook.h"
 #include "common/PgServer.h"
 #include "directory/DirectoryPages.h"
 #include "directory/JetSql.h"
@@ -31,10 +32,6 @@ constexpr int kRecords = 1'000'000;
 constexpr int kContacts = 100'000;
 const TDateTime kYearStart = TDateTime::FromDate(QDate(2025, 11, 22));
 const TDateTime kToday = kYearStart + 364;
-
-QString OutsideNumber(int i) {
-  return u"021%1"_s.arg(i * 37 % 100'000'000, 8, 10, QLatin1Char('0'));
-}
 
 // Page 10,000 of the whole table, newest first, as the page bar asks for it.
 QString PageSQL() {
@@ -83,17 +80,7 @@ struct Stores {
                  .arg(kRecords - 1)
                  .arg(FormatFull(kYearStart))
                  .arg(kRecords));
-      db.transaction();
-      q.prepare(u"INSERT INTO MainInfo (Name, Phone1, MobilePhone, Company) VALUES (?,?,?,?)"_s);
-      for (int i = 0; i < kContacts; ++i) {
-        q.bindValue(0, u"客户%1"_s.arg(i));
-        q.bindValue(1, i % 10 == 0 ? u"8%1"_s.arg(i % 1000, 3, 10, QLatin1Char('0'))
-                                   : OutsideNumber(i));
-        q.bindValue(2, u"138%1"_s.arg(i * 7919 % 100'000'000, 8, 10, QLatin1Char('0')));
-        q.bindValue(3, u"公司%1"_s.arg(i % 500));
-        q.exec();
-      }
-      db.commit();
+      FillContacts(db, kContacts);
     }
 
     database = {server.Host(), server.Port(), server.Database(), server.User(), {}, {}};
