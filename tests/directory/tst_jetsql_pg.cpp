@@ -68,7 +68,7 @@ private slots:
   void serverThatCantBeUsed_data() {
     QTest::addColumn<QString>("driver");
     QTest::addColumn<QString>("message");
-    QTest::newRow("nothing listens") << u"QPSQL"_s << u"Cannot reach the database server"_s;
+    QTest::newRow("nothing listens") << u"QPSQL"_s << u"连接不上数据库服务器"_s;
     QTest::newRow("unknown driver") << u"QMYSQL"_s << u"Unknown database driver"_s;
   }
   void serverThatCantBeUsed() {
