@@ -9,7 +9,7 @@ PACKAGES=(
   qt6-multimedia-dev   # the ring and the recordings player
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good  # what the player decodes and plays with
   qt6-httpserver-dev   # the reference recording server's HTTP side
-  qt6-websockets-dev   # the automation API's event stream
+  qt6-websockets-dev   # the API tests subscribe to the event stream with its client
   sqlite3              # plays "another program holding the database" in the tests
   libqt6sql6-psql      # the shared store: QtSql's PostgreSQL driver
   postgresql           # the tests start a throwaway server of their own (initdb, postgres)
