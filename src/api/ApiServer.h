@@ -1,5 +1,7 @@
 #pragma once
 
+#include "guest/FrontDesk.h"
+
 #include <QByteArray>
 #include <QElapsedTimer>
 #include <QHash>
@@ -9,12 +11,9 @@
 #include <QObject>
 #include <QPointer>
 
-#include "guest/FrontDesk.h"
-
 #include <memory>
 
 class QTcpSocket;
-class QUrlQuery;
 class TApiEvents;
 class TMain_Form;
 class TUDPMainForm;
