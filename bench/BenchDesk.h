@@ -41,20 +41,14 @@ inline bool RunUntil(const std::function<bool()> &done, int timeoutMs = 60000) {
 }
 
 // The desk's person: every message ends the wait the run is in.
-class QuietShell final : public Shell {
+class QuietShell final : public LogShell {
 public:
   std::function<void(const QString &)> OnMessage;
-  void Balloon(const QString &, const QString &, int, BalloonIcon) override {}
-  void Message(MessageKind, const QString &text) override {
+  void Message(MessageKind kind, const QString &text) override {
+    LogShell::Message(kind, text);
     if (OnMessage)
       OnMessage(text);
   }
-  bool Question(const QString &) override { return false; }
-  QString ChooseOpenFile(const QString &, const QString &) override { return {}; }
-  void Open(const QString &, const QString &) override {}
-  void HintAt(const QString &, const QString &, int, int, int) override {}
-  void RingStart() override {}
-  void RingStop() override {}
 };
 
 // The console logged in to the simulated exchange with its rooms listed.

@@ -14,22 +14,9 @@
 #include <cstdlib>
 
 namespace {
-class QuietShell final : public Shell {
-public:
-  void Balloon(const QString &, const QString &, int, BalloonIcon) override {}
-  void Message(MessageKind, const QString &) override {}
-  bool Question(const QString &) override { return false; }
-  QString ChooseOpenFile(const QString &, const QString &) override { return {}; }
-  void Open(const QString &, const QString &) override {}
-  void HintAt(const QString &, const QString &, int, int, int) override {}
-  void RingStart() override {}
-  void RingStop() override {}
-};
-
 // The application object and the console live until the process ends and are
 // never destroyed: libFuzzer leaves by exit(), after Qt's own globals are gone.
 QCoreApplication *g_app = nullptr;
-QuietShell *g_shell = nullptr;
 QString *g_homePath = nullptr;
 
 void RemoveHome() {
@@ -48,8 +35,7 @@ void Start(int *argc, char ***argv) {
   g_homePath = new QString(home.path());
   std::atexit(RemoveHome);
   SetAppPath(*g_homePath);
-  g_shell = new QuietShell;
-  SetShell(g_shell);
+  // No shell installed: the console's own, which only logs, answers.
   SysConfig().Debug = 1;
 }
 

@@ -4,28 +4,32 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-class QuietShell final : public Shell {
-public:
-  void Balloon(const QString &title, const QString &text, int, BalloonIcon) override {
-    WriteLog(title + u": "_s + text);
-  }
-  void Message(MessageKind, const QString &text) override { WriteLog(text); }
-  bool Question(const QString &text) override {
-    WriteLog(text);
-    return false;
-  }
-  QString ChooseOpenFile(const QString &, const QString &) override { return QString(); }
-  void Open(const QString &target, const QString &parameters) override {
-    WriteLog(u"Open: "_s + target + u' ' + parameters);
-  }
-  void HintAt(const QString &title, const QString &text, int, int, int) override {
-    WriteLog(title + u": "_s + text);
-  }
-  void RingStart() override {}
-  void RingStop() override {}
-};
+void LogShell::Balloon(const QString &title, const QString &text, int, BalloonIcon) {
+  WriteLog(title + u": "_s + text);
+}
 
+void LogShell::Message(MessageKind, const QString &text) {
+  WriteLog(text);
+}
+
+bool LogShell::Question(const QString &text) {
+  WriteLog(text);
+  return false;
+}
+
+QString LogShell::ChooseOpenFile(const QString &, const QString &) {
+  return QString();
+}
+
+void LogShell::Open(const QString &target, const QString &parameters) {
+  WriteLog(u"Open: "_s + target + u' ' + parameters);
+}
+
+void LogShell::HintAt(const QString &title, const QString &text, int, int, int) {
+  WriteLog(title + u": "_s + text);
+}
+
+namespace {
 Shell *&Installed() {
   static Shell *shell = nullptr;
   return shell;
@@ -33,7 +37,7 @@ Shell *&Installed() {
 } // namespace
 
 Shell &TheShell() {
-  static QuietShell quiet;
+  static LogShell quiet;
   Shell *shell = Installed();
   return shell ? *shell : quiet;
 }

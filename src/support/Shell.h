@@ -43,6 +43,21 @@ public:
   virtual void RingOnce() {}
 };
 
+// The shell without a person, there until one is installed and for programs
+// that have none (benchmarks, fuzzing): everything said goes to the log, every
+// question is answered no, nothing is opened or rung.
+class LogShell : public Shell {
+public:
+  void Balloon(const QString &title, const QString &text, int seconds, BalloonIcon icon) override;
+  void Message(MessageKind kind, const QString &text) override;
+  bool Question(const QString &text) override;
+  QString ChooseOpenFile(const QString &filter, const QString &startPath) override;
+  void Open(const QString &target, const QString &parameters) override;
+  void HintAt(const QString &title, const QString &text, int ms, int x, int y) override;
+  void RingStart() override {}
+  void RingStop() override {}
+};
+
 // Marks an error the operator has already been told about in other words (the
 // shared database went away: one message for the spell, not one per click).
 // The handler logs such an error and shows nothing.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "directory/StoreError.h"
 #include "directory/SysDM_Unit.h"
 
 #include <QSqlQuery>
@@ -24,4 +25,15 @@ inline int StoreContact(const QString &name, const QString &phone, const QString
   if (!q.exec())
     qFatal("insert failed");
   return server ? (q.next() ? q.value(0).toInt() : 0) : q.lastInsertId().toInt();
+}
+
+// Opens the store as the console's start does; the refusal's words, or empty
+// when it opened.
+inline QString StartError() {
+  try {
+    Sys_DM().DataModuleCreate();
+  } catch (const EDatabaseError &e) {
+    return e.Message();
+  }
+  return {};
 }

@@ -1,6 +1,7 @@
 // The Jet dialect's PostgreSQL target: the console's statements as PostgreSQL
 // text, and a shared store that can't be used. The functions' answers on a
 // real server are the store suite's rows, run there as tst_directory_store_pg.
+#include "common/StoreFixture.h"
 #include "common/TestHome.h"
 #include "directory/JetSql.h"
 #include "directory/StoreError.h"
@@ -85,12 +86,7 @@ private slots:
     SysConfig().DBHost = u"127.0.0.1"_s;
     SysConfig().DBPort = closedPort;
     SysConfig().DBDatabase = u"hotel"_s;
-    QString error;
-    try {
-      Sys_DM().DataModuleCreate();
-    } catch (const EDatabaseError &e) {
-      error = e.Message();
-    }
+    const QString error = StartError();
     QVERIFY2(error.startsWith(message), qPrintable(error));
     QVERIFY(!Sys_DM().Connected());
     Sys_DM().AddPBXConRecord({0, u"8001"_s, u"8002"_s, 0, {}, {}, {}, 0, {}, 1, 0});

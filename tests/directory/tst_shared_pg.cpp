@@ -4,6 +4,7 @@
 // is a second connection of this process, written past the console's code.
 #include "common/PgStore.h"
 #include "common/RecordingShell.h"
+#include "common/StoreFixture.h"
 #include "common/TestHome.h"
 #include "directory/DirectoryPages.h"
 #include "directory/StoreError.h"
@@ -184,12 +185,7 @@ private slots:
     }
     if (!database.isEmpty())
       SysConfig().DBDatabase = database;
-    QString error;
-    try {
-      Sys_DM().DataModuleCreate();
-    } catch (const EDatabaseError &e) {
-      error = e.Message();
-    }
+    const QString error = StartError();
     QVERIFY2(error.contains(words), qPrintable(error));
     QVERIFY(!Sys_DM().Connected());
     QVERIFY(!Sys_DM().Link().Away()); // no use trying again by itself

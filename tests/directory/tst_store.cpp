@@ -2,6 +2,7 @@
 // appends, the Jet dialect as the console writes it, and files that are no good.
 #include "common/PgStore.h"
 #include "common/RecordingShell.h"
+#include "common/StoreFixture.h"
 #include "common/TestHome.h"
 #include "directory/JetSql.h"
 #include "directory/StoreError.h"
@@ -449,12 +450,7 @@ private slots:
     }
     QSqlDatabase::removeDatabase(u"other_program"_s);
     const QByteArray before = home.Read(u"Database/Notes_DB.db"_s);
-    QString error;
-    try {
-      Sys_DM().DataModuleCreate();
-    } catch (const EDatabaseError &e) {
-      error = e.Message();
-    }
+    const QString error = StartError();
     QVERIFY2(error.contains(words), qPrintable(error));
     QSqlDatabase::removeDatabase(QString::fromUtf16(TSys_DM::kConnectionName));
     QCOMPARE(home.Read(u"Database/Notes_DB.db"_s), before);
