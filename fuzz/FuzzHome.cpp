@@ -3,7 +3,6 @@
 #include "support/Log.h"
 #include "support/Paths.h"
 #include "support/Settings.h"
-#include "support/Shell.h"
 
 #include <QCoreApplication>
 #include <QDir>
